@@ -1,0 +1,19 @@
+#!/usr/bin/env bash
+# Sets up the machine, builds amiga.dll and the reference host kqhost.exe, and runs the demo:
+# the reference host loads the DLL under Wine and drives it.
+set -euo pipefail
+here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+# shellcheck source=paths.sh
+source "$here/paths.sh"
+"$here/setup.sh"
+cd "$KQ_ROOT"
+cmake --preset win64 >/dev/null
+cmake --build --preset win64 --target amiga kqhost
+
+kqhost() {
+  echo "\$ kqhost $*"
+  "$here/wine-run.sh" build/win64/bin/kqhost.exe "$@"
+  echo
+}
+kqhost name
+kqhost exports
