@@ -1,0 +1,24 @@
+#pragma once
+// What the native build lets a test set or observe in place of the operating system.
+
+#include <string>
+#include <vector>
+
+namespace kq::platform::native {
+
+// The path that module_file_path() reports (the native build has no module file of its own).
+void set_module_file_path(std::u16string path);
+
+struct ShownMessageBox {
+    void* parent_window;
+    std::u16string text;
+    std::u16string caption;
+    unsigned flags;
+};
+// The message boxes "shown" since the last call, oldest first.
+std::vector<ShownMessageBox> take_shown_message_boxes();
+
+// Windows paths (with "\" between elements) name POSIX paths with "/" instead.
+std::string to_posix_path(std::u16string_view windows_path);
+
+} // namespace kq::platform::native
