@@ -1,0 +1,49 @@
+#include "module/error_report.h"
+
+#include "module/host_folder.h"
+#include "module/host_library_link.h"
+#include "module/message_format.h"
+#include "module/record_packer.h"
+#include "module/string_ids.h"
+#include "platform/message_box.h"
+#include "platform/string_table.h"
+
+namespace kq {
+namespace {
+
+// The host library's context text for the missing IPF library: it names the kind of file the
+// user was adding.
+constexpr std::u16string_view kIpfContext = u"file.ipf";
+constexpr std::size_t kIpfMessageMaxChars = 80;
+
+} // namespace
+
+void report_error(void* parent_window, HResult code) {
+    report_error_from(host_folder(), parent_window, code);
+}
+
+void report_error_from(std::u16string_view host_folder, void* parent_window, HResult code) {
+    if (code == kIpfLibraryMissing) {
+        const std::u16string text =
+            platform::load_string(string_id::ipf_library_missing, kIpfMessageMaxChars);
+        HostLibraryLink link(host_folder);
+        link.show_error_message(kIpfContext,
+                                static_cast<std::uint32_t>(
+                                    status::from_win32(win32_error::dll_not_found)),
+                                parent_window, text, 0);
+        return;
+    }
+    if (status::facility(code) != status::kFacilityInterface) return;
+
+    const auto string_id = static_cast<std::uint16_t>(static_cast<std::uint32_t>(code) & 0xFFFFu);
+    const std::u16string message = platform::load_string(string_id, kMaxLoadedTextChars);
+    // A status that names no text of the module has nothing to tell the user.
+    if (message.empty()) return;
+    const std::optional<std::u16string> text = format_message_keeping_inserts(message);
+    const std::u16string caption =
+        platform::load_string(string_id::add_media_files, kMaxLoadedTextChars);
+    platform::show_message_box(parent_window, text.value_or(message), caption,
+                               platform::kMessageBoxDefault);
+}
+
+} // namespace kq
