@@ -1,0 +1,213 @@
+/*
+ * kq_amiga.h: the interface of the Amiga platform module (amiga.dll) for host players.
+ *
+ * The host loads <host>\Platforms\Amiga\amiga.dll and calls the flat KQ* exports below, one
+ * at a time, on its own threads. Every export returns a status in the HRESULT form unless
+ * noted (KQGetPlatformName returns a string; the keyboard exports return the status in a
+ * 64-bit value). Strings are NUL-terminated UTF-16 in both directions; input strings are
+ * borrowed for the duration of the call; paths are limited to 260 characters.
+ *
+ * A record or string that the module hands to the host is one block; the host releases it
+ * with the matching KQFree* export and never with its own allocator. Every KQFree* export
+ * accepts NULL and then does nothing. Option, file-association and device-command records
+ * come from the local heap; empty-medium paths, boot-tag paths, keyboard input data and raw
+ * key strings from the global heap.
+ *
+ * Exports that the module does not implement yet answer KQ_E_NOTIMPL. The editor windows
+ * (KQ9Editor, KQEditScreenClip, KQEditScreenClip2, KQROMToolbox), the on-screen keyboard
+ * window (KQOpenKeyboardWindow, KQSetKeyboardWindow, KQResetKeyboardWindow,
+ * KQGetKeyboardWindowInfo), the key dialog (KQGetKeyDialog2) and virtual-button editing
+ * (KQProcessVButtonEditMessage, KQProcessVButtonEditMessage2) always answer KQ_E_NOTIMPL.
+ */
+#ifndef KQ_AMIGA_H
+#define KQ_AMIGA_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#if defined(_WIN32)
+#include <windows.h>
+typedef wchar_t kq_char; /* UTF-16 code unit */
+typedef HRESULT kq_status;
+#else
+/* The module's native (Linux) build, used for its own development and tests. */
+#ifndef __cplusplus
+#include <uchar.h>
+#endif
+typedef char16_t kq_char;
+typedef int32_t kq_status;
+#endif
+
+#ifdef __cplusplus
+#define KQ_STATIC_ASSERT(condition, message) static_assert(condition, message)
+extern "C" {
+#else
+#define KQ_STATIC_ASSERT(condition, message) _Static_assert(condition, message)
+#endif
+
+/* Status codes (HRESULT values). */
+#define KQ_S_OK ((kq_status)0)
+#define KQ_S_FALSE ((kq_status)1)                       /* no more entries; not applicable */
+#define KQ_E_NOTIMPL ((kq_status)(int32_t)0x80004001u)   /* not implemented */
+#define KQ_E_POINTER ((kq_status)(int32_t)0x80004003u)   /* a required out-pointer is NULL */
+#define KQ_E_FAIL ((kq_status)(int32_t)0x80004005u)      /* unspecified failure */
+#define KQ_E_OUTOFMEMORY ((kq_status)(int32_t)0x8007000Eu)
+#define KQ_E_INVALIDARG ((kq_status)(int32_t)0x80070057u) /* missing argument, unknown name */
+/* A Windows error code e in HRESULT form, as HRESULT_FROM_WIN32(e) gives it. */
+#define KQ_STATUS_FROM_WIN32(e) \
+    ((kq_status)((uint32_t)(e) == 0 ? 0 : (int32_t)(((uint32_t)(e) & 0xFFFFu) | 0x80070000u)))
+
+/* Option record (KQGetOption); local heap, freed with KQFreeOption. */
+typedef struct KQOption {
+    uint32_t cbSize;                    /* 136 */
+    const kq_char* name;                /* also the registry value name */
+    const kq_char* label;
+    const kq_char* description;
+    const kq_char* groupLabel;          /* NULL when the option has no group */
+    const kq_char* groupDescription;
+    uint32_t type;                      /* 1 boolean ("0"/"1"), 2 choice list */
+    uint32_t flags;                     /* always 0 */
+    const kq_char* const* choiceValues; /* count entries each */
+    const kq_char* const* choiceLabels;
+    const kq_char* const* choiceDescriptions;
+    uint32_t count;                     /* 0 for a boolean */
+    const kq_char* secondText;          /* always NULL */
+    const kq_char* thirdText;           /* always NULL */
+    const kq_char* const* secondChoiceTexts; /* always NULL */
+    const kq_char* const* thirdChoiceTexts;  /* always NULL */
+    const kq_char* currentValue;
+    const kq_char* defaultValue;
+} KQOption;
+
+/* File-association record (KQGetFileAssociation); local heap, freed with
+ * KQFreeFileAssociation. */
+typedef struct KQFileAssociation {
+    uint32_t cbSize;                    /* 72 */
+    const kq_char* extension;           /* without its dot, such as "adf" */
+    const kq_char* typeName;
+    const kq_char* extensionDescription;
+    const kq_char* longDescription;
+    const kq_char* filterPattern;       /* "*.adf" */
+    const kq_char* filterName;
+    const kq_char* iconLocation;        /* "<module path>,-<id>", empty when none */
+    uint32_t category;                  /* 0 floppy, 1 hard disk, 2 CD */
+    uint32_t flags;
+} KQFileAssociation;
+
+/* Device-command record (KQGetDeviceCommand); local heap, freed with KQFreeDeviceCommand. */
+typedef struct KQDeviceCommand {
+    uint32_t cbSize;                    /* 24 */
+    const kq_char* name;                /* display name, a tab and the keys when it has some */
+    const kq_char* command;             /* raw-key script */
+} KQDeviceCommand;
+
+/* Keyboard input data (KQGetKeyboardInputData2): opaque to the host, global heap, freed
+ * with KQFreeKeyboardInputData. */
+typedef struct KQKeyboardInputData KQKeyboardInputData;
+
+#if UINTPTR_MAX == 0xFFFFFFFFFFFFFFFFu
+KQ_STATIC_ASSERT(sizeof(KQOption) == 136, "option record header is 136 bytes");
+KQ_STATIC_ASSERT(offsetof(KQOption, type) == 48, "option type at 48");
+KQ_STATIC_ASSERT(offsetof(KQOption, count) == 80, "option count at 80");
+KQ_STATIC_ASSERT(offsetof(KQOption, defaultValue) == 128, "option default value at 128");
+KQ_STATIC_ASSERT(sizeof(KQFileAssociation) == 72, "file association header is 72 bytes");
+KQ_STATIC_ASSERT(offsetof(KQFileAssociation, category) == 64, "category at 64");
+KQ_STATIC_ASSERT(sizeof(KQDeviceCommand) == 24, "device command header is 24 bytes");
+#endif
+
+/* Module frame. Returns the constant "Amiga"; the same pointer on every call, never freed. */
+const kq_char* KQGetPlatformName(void);
+
+/* Options. */
+kq_status KQGetOption(uint32_t index, uint32_t reserved, KQOption** option,
+                      const kq_char* reserved_text);
+kq_status KQFreeOption(KQOption* option);
+kq_status KQSetOption(const kq_char* name, const kq_char* value, const kq_char* reserved1,
+                      const kq_char* reserved2);
+
+/* Content identification and auto-configuration. */
+kq_status KQGetFileAssociation(uint32_t index, KQFileAssociation** association);
+kq_status KQFreeFileAssociation(KQFileAssociation* association);
+kq_status KQGetContentTooltip(uint8_t drive_type, uint32_t drive_index, const kq_char* path,
+                              const kq_char* label, kq_char* buffer, uint32_t buffer_chars);
+kq_status KQGetContentInfo(uint8_t drive_type, uint32_t drive_index, const kq_char* list,
+                           const kq_char* records, kq_char* buffer, uint32_t buffer_chars,
+                           uint32_t flags);
+kq_status KQAutoConfigureApplication(const kq_char* input, void* reserved, uint32_t flags,
+                                     char** xml);
+
+/* Models, ROMs, configuration and input ports. */
+kq_status KQGetApplicationInfo(kq_char** text, const char* manifest_utf8);
+kq_status KQROMExists(const kq_char* rom_id, const kq_char* model_id, const kq_char* video,
+                      const kq_char* data_folder);
+kq_status KQGetDefaultSystemROM(kq_char** rom_id, const kq_char* model_id);
+kq_status KQGetRestoreSystemFilesPaths(kq_char** text, const kq_char* data_folder);
+kq_status KQGetInputPortsInfo(const kq_char* model_id, const kq_char* multitap_type,
+                              uint32_t* port_count, uint32_t* multitap_ports, uint32_t* third,
+                              uint32_t* fourth);
+kq_status KQGetDefaultInputPortContent(const kq_char* model_id, uint32_t port,
+                                       uint32_t* content);
+
+/* Media. */
+kq_status KQGetRuntimeMedium(const kq_char* image_path, const kq_char* alternate_folder,
+                             kq_char* buffer, uint32_t buffer_chars, uint32_t flags);
+kq_status KQCheckRuntimeMedium(const kq_char* working_copy, uint32_t* changed);
+kq_status KQDismissRuntimeMedium(const kq_char* working_copy, void* reserved, uint32_t flags);
+kq_status KQGetEmptyMedium(kq_char** path, void* reserved, uint32_t must_be_zero);
+kq_status KQGetEmptyMedium2(kq_char** path, void* reserved, uint32_t must_be_zero,
+                            uint32_t kind);
+kq_status KQFreeEmptyMedium(kq_char* path);
+kq_status KQCopyMediumFile(const kq_char* source, const kq_char* target_folder, uint32_t flags,
+                           kq_char* buffer, uint32_t buffer_chars);
+kq_status KQGetVolumeName(const kq_char* image_path, kq_char* buffer, uint32_t buffer_chars);
+kq_status KQBootTag(const char* manifest_utf8, const kq_char* data_root, uint32_t operation,
+                    kq_char** path);
+kq_status KQGetDeviceCommand(uint32_t index, uint32_t category, uint32_t reserved1,
+                             uint32_t reserved2, const kq_char* model_id,
+                             KQDeviceCommand** command);
+kq_status KQFreeDeviceCommand(KQDeviceCommand* command);
+
+/* Keyboard and input. The first five return the status in a 64-bit value. */
+int64_t KQGetKeyboardInputData(const kq_char* system_id, const kq_char* layout_id,
+                               const uint8_t* keymap, uint32_t keymap_bytes, uint32_t key_a,
+                               uint32_t key_b, uint32_t reserved, KQKeyboardInputData** data);
+int64_t KQGetKeyboardInputData2(const kq_char* system_id, const kq_char* layout_id,
+                                const uint8_t* keymap, uint32_t keymap_bytes, uint32_t key_a,
+                                uint32_t key_b, uint32_t key_c, uint32_t reserved,
+                                KQKeyboardInputData** data);
+int64_t KQFreeKeyboardInputData(KQKeyboardInputData* data);
+int64_t KQPreprocessKeyboardInput(uint64_t host_key, uint64_t unused, KQKeyboardInputData* data,
+                                  uint32_t flags, uint32_t* answer);
+int64_t KQProcessKeyboardInput(uint64_t host_key, uint64_t character, KQKeyboardInputData* data,
+                               uint32_t flags, uint32_t* answer);
+kq_status KQGetKeyboardLayout(uint32_t unused, const uint8_t* keymap, uint32_t keymap_bytes,
+                              kq_char* buffer, uint32_t buffer_chars);
+kq_status KQGetKeyDisplayName(const kq_char* key_text, const kq_char* system_id,
+                              const kq_char* layout_id, kq_char* buffer, uint32_t buffer_chars,
+                              uint32_t key_a, uint32_t key_b);
+kq_status KQGetStringRawKeys(const kq_char* text, KQKeyboardInputData* data, uint32_t mode,
+                             kq_char** keys);
+kq_status KQFreeStringRawKeys(kq_char* keys);
+kq_status KQBackupKeyboardSettings(uint32_t action);
+kq_status KQGetInputButtonName(uint32_t mask, uint32_t unused, uint32_t kind, kq_char* buffer,
+                               uint32_t buffer_chars);
+
+/* Windows of the host's shell that this module does not provide: always KQ_E_NOTIMPL.
+ * Any arguments the host passes are ignored. */
+kq_status KQ9Editor(void);
+kq_status KQEditScreenClip(void);
+kq_status KQEditScreenClip2(void);
+kq_status KQROMToolbox(void);
+kq_status KQOpenKeyboardWindow(void);
+kq_status KQSetKeyboardWindow(void);
+kq_status KQResetKeyboardWindow(void);
+kq_status KQGetKeyboardWindowInfo(void);
+kq_status KQGetKeyDialog2(void);
+kq_status KQProcessVButtonEditMessage(void);
+kq_status KQProcessVButtonEditMessage2(void);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* KQ_AMIGA_H */
