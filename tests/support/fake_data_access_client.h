@@ -1,0 +1,28 @@
+#pragma once
+// The test side of the KQDataAccess.dll stand-in: keeps the stand-in of one test host loaded
+// for as long as it lives (so that what the stand-in records outlives each host-library link,
+// which unloads its library) and reads that record.
+
+#include "module/status.h"
+#include "platform/library.h"
+#include "tests/support/fake_data_access.h"
+
+#include <string_view>
+
+namespace kq::test {
+
+class FakeDataAccess {
+public:
+    explicit FakeDataAccess(std::u16string_view host);
+    bool ready() const { return get_log_ != nullptr && reset_ != nullptr; }
+    // Clears the record; the stand-in's functions then return `status_to_return`.
+    void reset(HResult status_to_return = status::ok) const { reset_(status_to_return); }
+    const FakeDataAccessLog& log() const { return *get_log_(); }
+
+private:
+    platform::Library library_;
+    FakeDataAccessGetLogFn get_log_ = nullptr;
+    FakeDataAccessResetFn reset_ = nullptr;
+};
+
+} // namespace kq::test
