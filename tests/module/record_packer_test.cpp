@@ -5,7 +5,6 @@
 #include <array>
 #include <cstring>
 #include <string>
-#include <vector>
 
 namespace kq {
 namespace {
@@ -42,16 +41,9 @@ std::u16string text_at(const std::byte* pointer) {
 
 std::size_t string_bytes(std::u16string_view text) { return (text.size() + 1) * 2; }
 
-struct PackedRecord {
-    platform::HeapBlock block;
-    std::size_t bytes;
-    const std::byte* base() const { return block.data(); }
-    bool holds(const std::byte* pointer) const {
-        return pointer >= base() && pointer < base() + bytes;
-    }
-};
-
-PackedRecord pack_option_like(Heap heap) {
+// Packs a record shaped like an option of three choices; ids 324, 328 and 329 are texts of
+// the string table.
+platform::HeapBlock pack_option_like(Heap heap, std::size_t& bytes) {
     RecordPacker packer(kHeader);
     packer.set_u32(kType, 2);
     packer.set_u32(kCount, 3);
@@ -69,88 +61,67 @@ PackedRecord pack_option_like(Heap heap) {
     packer.add_text_array(kSecondTexts, {});
     packer.add_text(kCurrent, u"none");
     packer.add_text(kDefault, u"none");
-    const std::size_t bytes = packer.packed_bytes();
-    return {packer.pack(heap), bytes};
+    bytes = packer.packed_bytes();
+    return packer.pack(heap);
 }
 
-TEST(RecordPacker, SizeIsHeaderPlusArrayEntriesPlusPresentStrings) {
-    const PackedRecord record = pack_option_like(Heap::local);
-    ASSERT_TRUE(record.block);
-    const std::size_t strings =
-        string_bytes(u"WindowsMIDIIn") + string_bytes(u"Windows MIDI Input") + string_bytes(u"") +
-        string_bytes(u"none") + string_bytes(u"default") + string_bytes(u"Synth \u00e9") +
-        string_bytes(u"None") + string_bytes(u"Default") + string_bytes(u"Synth \u00e9") +
-        string_bytes(u"d1") + string_bytes(u"d3") + string_bytes(u"none") + string_bytes(u"none");
-    EXPECT_EQ(record.bytes, kHeader + 9 * 8 + strings);
-}
-
-TEST(RecordPacker, HeaderCarriesSizeFieldsAndZeroForAllElse) {
-    for (const Heap heap : {Heap::local, Heap::global}) {
-        const PackedRecord record = pack_option_like(heap);
-        ASSERT_TRUE(record.block);
-        EXPECT_EQ(u32_at(record.base(), 0), kHeader);
-        EXPECT_EQ(u32_at(record.base(), 4), 0u) << "padding after cbSize";
-        EXPECT_EQ(u32_at(record.base(), kType), 2u);
-        EXPECT_EQ(u32_at(record.base(), kType + 4), 0u) << "flags were never set";
-        EXPECT_EQ(u32_at(record.base(), kCount), 3u);
-        EXPECT_EQ(pointer_at(record.base(), kGroup), nullptr) << "absent text";
-        EXPECT_EQ(pointer_at(record.base(), kSecondTexts), nullptr) << "empty array";
-        for (std::size_t offset : {88u, 96u, 112u})
-            EXPECT_EQ(pointer_at(record.base(), offset), nullptr) << "untouched field " << offset;
-    }
-}
-
-TEST(RecordPacker, ArraysFollowTheHeaderAndEveryPointerStaysInTheBlock) {
-    const PackedRecord record = pack_option_like(Heap::global);
-    ASSERT_TRUE(record.block);
-    const std::byte* base = record.base();
+// Header, then the arrays in the order added, then every present string in the order added,
+// back to back: each pointer must point exactly where the previous string ended, and the last
+// string must end the block, which also pins the block's size.
+TEST(RecordPacker, LaysOutHeaderArraysThenStringsInTheOrderAdded) {
+    std::size_t bytes = 0;
+    const platform::HeapBlock block = pack_option_like(Heap::local, bytes);
+    ASSERT_TRUE(block);
+    const std::byte* base = block.data();
     EXPECT_EQ(pointer_at(base, kValues), base + kHeader);
     EXPECT_EQ(pointer_at(base, kLabels), base + kHeader + 3 * 8);
     EXPECT_EQ(pointer_at(base, kDescriptions), base + kHeader + 6 * 8);
-
-    std::vector<const std::byte*> strings;
-    for (std::size_t offset : {kName, kLabel, kDescription, kCurrent, kDefault})
-        strings.push_back(pointer_at(base, offset));
-    for (std::size_t entry = 0; entry < 9; ++entry)
-        if (const std::byte* text = pointer_at(base, kHeader + entry * 8)) strings.push_back(text);
-    EXPECT_EQ(strings.size(), 13u);
-    for (const std::byte* text : strings) {
-        ASSERT_TRUE(record.holds(text));
-        EXPECT_GE(text, base + kHeader + 9 * 8) << "strings come after the arrays";
-        EXPECT_LE(text + string_bytes(text_at(text)), base + record.bytes);
-    }
     EXPECT_EQ(pointer_at(base, kHeader + 7 * 8), nullptr) << "absent array entry";
-}
 
-TEST(RecordPacker, StringsAppearInTheOrderAddedWithIdsReplaced) {
-    const PackedRecord record = pack_option_like(Heap::local);
-    ASSERT_TRUE(record.block);
-    const std::byte* base = record.base();
     const struct {
-        const std::byte* pointer;
+        std::size_t pointer_offset;
         std::u16string_view text;
     } expected[] = {
-        {pointer_at(base, kName), u"WindowsMIDIIn"},
-        {pointer_at(base, kLabel), u"Windows MIDI Input"},  // string id 324
-        {pointer_at(base, kDescription), u""},
-        {pointer_at(base, kHeader + 0 * 8), u"none"},
-        {pointer_at(base, kHeader + 1 * 8), u"default"},
-        {pointer_at(base, kHeader + 2 * 8), u"Synth \u00e9"},
-        {pointer_at(base, kHeader + 3 * 8), u"None"},     // 328
-        {pointer_at(base, kHeader + 4 * 8), u"Default"},  // 329
-        {pointer_at(base, kHeader + 5 * 8), u"Synth \u00e9"},
-        {pointer_at(base, kHeader + 6 * 8), u"d1"},
-        {pointer_at(base, kHeader + 8 * 8), u"d3"},
-        {pointer_at(base, kCurrent), u"none"},
-        {pointer_at(base, kDefault), u"none"},
+        {kName, u"WindowsMIDIIn"},
+        {kLabel, u"Windows MIDI Input"},  // id 324 replaced by its text
+        {kDescription, u""},
+        {kHeader + 0 * 8, u"none"},
+        {kHeader + 1 * 8, u"default"},
+        {kHeader + 2 * 8, u"Synth \u00e9"},
+        {kHeader + 3 * 8, u"None"},     // 328
+        {kHeader + 4 * 8, u"Default"},  // 329
+        {kHeader + 5 * 8, u"Synth \u00e9"},
+        {kHeader + 6 * 8, u"d1"},
+        {kHeader + 8 * 8, u"d3"},
+        {kCurrent, u"none"},
+        {kDefault, u"none"},
     };
     const std::byte* next = base + kHeader + 9 * 8;
     for (const auto& row : expected) {
-        EXPECT_EQ(row.pointer, next) << "string " << std::string(row.text.begin(), row.text.end());
-        EXPECT_EQ(text_at(row.pointer), row.text);
-        next = row.pointer + string_bytes(row.text);
+        const std::byte* pointer = pointer_at(base, row.pointer_offset);
+        EXPECT_EQ(pointer, next) << "string at field " << row.pointer_offset;
+        if (pointer != next) return;  // reading on would leave the block
+        EXPECT_EQ(text_at(pointer), row.text);
+        next = pointer + string_bytes(row.text);
     }
-    EXPECT_EQ(next, base + record.bytes) << "the last string ends the block";
+    EXPECT_EQ(next, base + bytes) << "the last string ends the block";
+}
+
+TEST(RecordPacker, HeaderHoldsItsSizeAndFieldsAndZeroElsewhereOnBothHeaps) {
+    for (const Heap heap : {Heap::local, Heap::global}) {
+        std::size_t bytes = 0;
+        const platform::HeapBlock block = pack_option_like(heap, bytes);
+        ASSERT_TRUE(block);
+        const std::byte* base = block.data();
+        EXPECT_EQ(u32_at(base, 0), kHeader);
+        EXPECT_EQ(u32_at(base, 4), 0u) << "padding after cbSize";
+        EXPECT_EQ(u32_at(base, kType), 2u);
+        EXPECT_EQ(u32_at(base, kType + 4), 0u) << "flags were never set";
+        EXPECT_EQ(u32_at(base, kCount), 3u);
+        for (std::size_t offset : {kGroup, kSecondTexts, std::size_t{88}, std::size_t{96},
+                                   std::size_t{112}})
+            EXPECT_EQ(pointer_at(base, offset), nullptr) << "field " << offset;
+    }
 }
 
 TEST(RecordPacker, UnknownStringIdBecomesAnEmptyString) {
