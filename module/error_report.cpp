@@ -16,13 +16,7 @@ namespace {
 constexpr std::u16string_view kIpfContext = u"file.ipf";
 constexpr std::size_t kIpfMessageMaxChars = 80;
 
-} // namespace
-
-void report_error(void* parent_window, HResult code) {
-    report_error_from(host_folder(), parent_window, code);
-}
-
-void report_error_from(std::u16string_view host_folder, void* parent_window, HResult code) {
+void show_report(std::u16string_view host_folder, void* parent_window, HResult code) {
     if (code == kIpfLibraryMissing) {
         const std::u16string text =
             platform::load_string(string_id::ipf_library_missing, kIpfMessageMaxChars);
@@ -35,8 +29,8 @@ void report_error_from(std::u16string_view host_folder, void* parent_window, HRe
     }
     if (status::facility(code) != status::kFacilityInterface) return;
 
-    const auto string_id = static_cast<std::uint16_t>(static_cast<std::uint32_t>(code) & 0xFFFFu);
-    const std::u16string message = platform::load_string(string_id, kMaxLoadedTextChars);
+    const auto text_id = static_cast<std::uint16_t>(static_cast<std::uint32_t>(code) & 0xFFFFu);
+    const std::u16string message = platform::load_string(text_id, kMaxLoadedTextChars);
     // A status that names no text of the module has nothing to tell the user.
     if (message.empty()) return;
     const std::optional<std::u16string> text = format_message_keeping_inserts(message);
@@ -44,6 +38,25 @@ void report_error_from(std::u16string_view host_folder, void* parent_window, HRe
         platform::load_string(string_id::add_media_files, kMaxLoadedTextChars);
     platform::show_message_box(parent_window, text.value_or(message), caption,
                                platform::kMessageBoxDefault);
+}
+
+} // namespace
+
+void report_error(void* parent_window, HResult code) noexcept {
+    try {
+        report_error_from(host_folder(), parent_window, code);
+    } catch (...) {
+        // Nothing to report with: a report that fails is dropped.
+    }
+}
+
+void report_error_from(std::u16string_view host_folder, void* parent_window,
+                       HResult code) noexcept {
+    try {
+        show_report(host_folder, parent_window, code);
+    } catch (...) {
+        // A failed report never becomes an error of its own.
+    }
 }
 
 } // namespace kq

@@ -33,15 +33,15 @@ HResult HostLibraryLink::call_locked(const char* function_name, HResult when_not
     std::optional<platform::NamedMutex> mutex = platform::NamedMutex::open(kDataAccessMutexName);
     if (!mutex) return status::failed;
     if (!mutex->acquire()) return status::failed;
-    HResult result;
-    if (!library_.is_loaded())
-        result = when_not_loaded;
-    else if (platform::Library::Procedure function = library_.find(function_name))
-        result = call(function);
-    else
-        result = status::not_implemented;
-    mutex->release();
-    return result;
+    // Ownership is given back on every way out: closing the handle alone would not release it.
+    struct Ownership {
+        platform::NamedMutex& mutex;
+        ~Ownership() { mutex.release(); }
+    } ownership{*mutex};
+    if (!library_.is_loaded()) return when_not_loaded;
+    platform::Library::Procedure function = library_.find(function_name);
+    if (function == nullptr) return status::not_implemented;
+    return call(function);
 }
 
 HResult HostLibraryLink::show_error_message(std::u16string_view context, std::uint32_t error_code,
