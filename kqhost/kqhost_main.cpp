@@ -1,73 +1,42 @@
 // kqhost: the reference host. It loads amiga.dll by path, as a host player does, and drives
 // its exports from the command line.
 
-#include "kq_amiga.h"
+#include "kqhost/command.h"
 #include "kqhost/console.h"
-#include "kqhost/pe_image.h"
 
 #include <windows.h>
 
-#include <algorithm>
-#include <cwchar>
-#include <functional>
-#include <span>
+#include <fcntl.h>
+#include <io.h>
+
+#include <array>
+#include <cstdio>
 #include <string>
 #include <vector>
 
 namespace kqhost {
 namespace {
 
-constexpr int kExitOk = 0, kExitFailure = 1, kExitUsage = 2;
+const std::array<std::span<const Command>, 2> kCommandFamilies{module_commands(), manifest_commands()};
 
-struct Context {
-    HMODULE module;
-    std::span<const std::wstring> arguments;  // after the command's name
-};
-
-struct Command {
-    const wchar_t* name;
-    const char* synopsis;
-    const char* summary;
-    std::function<int(const Context&)> run;
-};
-
-int list_exports(const Context& context) {
-    for (const PeExport& entry : kqhost::list_exports(context.module)) {
-        char line[160];
-        std::snprintf(line, sizeof line, "%3u  %s\n", entry.ordinal,
-                      entry.name.empty() ? "(by ordinal only)" : entry.name.c_str());
-        print(line);
-    }
-    return kExitOk;
+const Command* find_command(std::wstring_view name) {
+    for (std::span<const Command> family : kCommandFamilies)
+        for (const Command& command : family)
+            if (name == command.name) return &command;
+    return nullptr;
 }
-
-int platform_name(const Context& context) {
-    const auto get_name = reinterpret_cast<decltype(&KQGetPlatformName)>(
-        reinterpret_cast<void (*)()>(GetProcAddress(context.module, "KQGetPlatformName")));
-    if (get_name == nullptr) {
-        print_error("kqhost: the DLL has no KQGetPlatformName\n");
-        return kExitFailure;
-    }
-    print(std::wstring_view(get_name()));
-    print("\n");
-    return kExitOk;
-}
-
-const Command kCommands[] = {
-    {L"name", "name", "Print the platform name (KQGetPlatformName).", platform_name},
-    {L"exports", "exports", "List the DLL's exports with their ordinals.", list_exports},
-};
 
 void print_usage() {
     print("Usage: kqhost [--dll PATH] COMMAND [ARGUMENTS]\n\n"
           "Loads the Amiga platform module (by default ..\\Platforms\\Amiga\\amiga.dll beside\n"
           "this program, else amiga.dll in its own folder) and calls its exports.\n\n"
           "Commands:\n");
-    for (const Command& command : kCommands) {
-        char line[200];
-        std::snprintf(line, sizeof line, "  %-24s %s\n", command.synopsis, command.summary);
-        print(line);
-    }
+    for (std::span<const Command> family : kCommandFamilies)
+        for (const Command& command : family) {
+            char line[400];
+            std::snprintf(line, sizeof line, "  %-24s %s\n", command.synopsis, command.summary);
+            print(line);
+        }
     print("  help                     Print this text.\n");
 }
 
@@ -96,12 +65,15 @@ int run(std::vector<std::wstring> arguments) {
         print_usage();
         return arguments.empty() ? kExitUsage : kExitOk;
     }
-    const auto command = std::find_if(std::begin(kCommands), std::end(kCommands),
-                                      [&](const Command& c) { return arguments[0] == c.name; });
-    if (command == std::end(kCommands)) {
+    const Command* command = find_command(arguments[0]);
+    if (command == nullptr) {
         print_error("kqhost: unknown command '" + to_utf8(arguments[0]) + "' (try kqhost help)\n");
         return kExitUsage;
     }
+    const std::span<const std::wstring> command_arguments =
+        std::span<const std::wstring>(arguments).subspan(1);
+    if (!command->uses_dll) return command->run(Context{nullptr, command_arguments});
+
     if (dll_path.empty()) dll_path = default_dll_path();
     HMODULE module = LoadLibraryW(dll_path.c_str());
     if (module == nullptr) {
@@ -109,8 +81,7 @@ int run(std::vector<std::wstring> arguments) {
                     std::to_string(GetLastError()) + ")\n");
         return kExitFailure;
     }
-    const Context context{module, std::span<const std::wstring>(arguments).subspan(1)};
-    const int result = command->run(context);
+    const int result = command->run(Context{module, command_arguments});
     FreeLibrary(module);
     return result;
 }
@@ -119,5 +90,7 @@ int run(std::vector<std::wstring> arguments) {
 } // namespace kqhost
 
 int wmain(int argc, wchar_t** argv) {
+    // Output is written as bytes: UTF-8 text and XML whose line ends are already CR LF.
+    _setmode(_fileno(stdout), _O_BINARY);
     return kqhost::run(std::vector<std::wstring>(argv + 1, argv + argc));
 }

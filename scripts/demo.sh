@@ -17,3 +17,8 @@ kqhost() {
 }
 kqhost name
 kqhost exports
+# A package manifest read and written back by the module's manifest code. (Wine's drive Z: is
+# the root of the Linux file system.)
+manifest="Z:$(printf '%s' "$KQ_ROOT/demo/game.kq9" | tr / '\\')"
+kqhost manifest "$manifest" kq9/application/configuration/system
+kqhost manifest "$manifest" --ascii
