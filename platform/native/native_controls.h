@@ -21,4 +21,17 @@ std::vector<ShownMessageBox> take_shown_message_boxes();
 // Windows paths (with "\" between elements) name POSIX paths with "/" instead.
 std::string to_posix_path(std::u16string_view windows_path);
 
+// Empties the in-memory settings store.
+void clear_settings();
+
+// The devices that the device functions report.
+struct DeviceLists {
+    std::vector<std::u16string> printers;
+    std::vector<std::u16string> com_port_friendly_names;
+    std::vector<std::u16string> dos_devices;  // names such as "COM1"
+    std::vector<std::u16string> midi_inputs;
+    std::vector<std::u16string> midi_outputs;
+};
+void set_devices(DeviceLists lists);
+
 } // namespace kq::platform::native

@@ -1,0 +1,29 @@
+#pragma once
+// Per-user settings: keys below HKEY_CURRENT_USER (the real registry on Windows, an in-memory
+// store in the native build), named like "Software\Mervane\Quennet\Platforms\Amiga". Key and
+// value names compare without regard to case, as the registry's do.
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace kq::platform {
+
+// A Windows error code; 0 is success.
+using SystemError = std::uint32_t;
+
+// A 32-bit number value; nullopt when it is absent or of another type.
+std::optional<std::uint32_t> read_setting_dword(std::u16string_view key, std::u16string_view name);
+// A string value (stored as a string or an unexpanded expandable string); nullopt when it is
+// absent or of another type.
+std::optional<std::u16string> read_setting_string(std::u16string_view key, std::u16string_view name);
+
+// Writers create the key (and its parents) when needed.
+SystemError write_setting_dword(std::u16string_view key, std::u16string_view name, std::uint32_t value);
+SystemError write_setting_string(std::u16string_view key, std::u16string_view name,
+                                 std::u16string_view value);
+// Deletes a value; a missing key or value counts as deleted.
+SystemError delete_setting(std::u16string_view key, std::u16string_view name);
+
+} // namespace kq::platform
