@@ -3,6 +3,7 @@
 
 #include "kq_amiga.h"
 #include "kqhost/pe_image.h"
+#include "tests/support/amiga_dll.h"
 
 #include <gtest/gtest.h>
 
@@ -51,30 +52,11 @@ const std::set<std::string> kSystemDlls = {
     "winmm.dll",    "winspool.drv", "ws2_32.dll",
 };
 
-std::wstring folder_of_this_program() {
-    wchar_t path[MAX_PATH];
-    const DWORD length = GetModuleFileNameW(nullptr, path, MAX_PATH);
-    const std::wstring full(path, length);
-    return full.substr(0, full.rfind(L'\\'));
-}
-
-class AmigaDll : public testing::Test {
+class AmigaDll : public kq::test::AmigaDllTest {
 protected:
-    void SetUp() override {
-        module_ = LoadLibraryW((folder_of_this_program() + L"\\amiga.dll").c_str());
-        ASSERT_NE(module_, nullptr) << "error " << GetLastError();
-    }
-    void TearDown() override {
-        if (module_ != nullptr) FreeLibrary(module_);
-    }
     FARPROC by_ordinal(unsigned ordinal) const {
         return GetProcAddress(module_, reinterpret_cast<LPCSTR>(static_cast<ULONG_PTR>(ordinal)));
     }
-    template <class Function>
-    Function* resolve(const char* name) const {
-        return reinterpret_cast<Function*>(reinterpret_cast<void (*)()>(GetProcAddress(module_, name)));
-    }
-    HMODULE module_ = nullptr;
 };
 
 TEST_F(AmigaDll, EveryExportResolvesByOrdinalToItsNamedAddress) {
@@ -133,7 +115,7 @@ TEST_F(AmigaDll, ShellWindowsAreNotProvided) {
 
 TEST_F(AmigaDll, LoadsAgainAfterBeingUnloaded) {
     FreeLibrary(module_);
-    module_ = LoadLibraryW((folder_of_this_program() + L"\\amiga.dll").c_str());
+    module_ = LoadLibraryW((kq::test::folder_of_this_program() + L"\\amiga.dll").c_str());
     ASSERT_NE(module_, nullptr);
     const auto get_name = resolve<decltype(KQGetPlatformName)>("KQGetPlatformName");
     EXPECT_STREQ(get_name(), L"Amiga");
