@@ -17,7 +17,8 @@
 namespace kqhost {
 namespace {
 
-const std::array<std::span<const Command>, 2> kCommandFamilies{module_commands(), manifest_commands()};
+const std::array<std::span<const Command>, 3> kCommandFamilies{module_commands(), option_commands(),
+                                                              manifest_commands()};
 
 const Command* find_command(std::wstring_view name) {
     for (std::span<const Command> family : kCommandFamilies)

@@ -17,6 +17,10 @@ kqhost() {
 }
 kqhost name
 kqhost exports
+# The platform options, stored in the registry of the demo's Wine prefix.
+kqhost set-option MouseHack 1
+kqhost options
+kqhost set-option MouseHack 0
 # A package manifest read and written back by the module's manifest code. (Wine's drive Z: is
 # the root of the Linux file system.)
 manifest="Z:$(printf '%s' "$KQ_ROOT/demo/game.kq9" | tr / '\\')"

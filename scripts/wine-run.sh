@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Runs a Windows program under Wine in a prefix of its own (KQ_WINEPREFIX, by default one
 # inside the build tree next to the program's build folder), quietly and headless: Wine's
-# null graphics driver serves windows and message boxes without an X display.
+# null graphics driver serves windows and message boxes without an X display, and no sound
+# driver is loaded (tests see a machine without audio and MIDI devices).
 set -euo pipefail
 wine=${KQ_WINE:-/usr/lib/wine/wine64}
 [ -x "$wine" ] || wine=$(command -v wine64 || command -v wine)
@@ -12,7 +13,7 @@ if [ -z "${KQ_WINEPREFIX:-}" ]; then
   [ "$dir" != / ] || dir=${TMPDIR:-/tmp}
   KQ_WINEPREFIX="$dir/wineprefix"
 fi
-export WINEPREFIX="$KQ_WINEPREFIX" WINEDEBUG=${WINEDEBUG:--all} WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-mscoree,mshtml=}
+export WINEPREFIX="$KQ_WINEPREFIX" WINEDEBUG=${WINEDEBUG:--all} WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-mscoree,mshtml,winealsa.drv,winepulse.drv=}
 unset DISPLAY WAYLAND_DISPLAY
 if [ ! -f "$WINEPREFIX/.kq-ready" ]; then
   mkdir -p "$WINEPREFIX"
