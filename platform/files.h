@@ -7,9 +7,23 @@
 #include <optional>
 #include <span>
 #include <string_view>
+#include <string>
 #include <utility>
+#include <vector>
 
 namespace kq::platform {
+
+// File attribute bits (as Windows reports them).
+inline constexpr std::uint32_t kAttributeReadOnly = 0x1;
+inline constexpr std::uint32_t kAttributeHidden = 0x2;
+inline constexpr std::uint32_t kAttributeDirectory = 0x10;
+
+// The attributes of a file or folder; nullopt when they cannot be read (it does not exist).
+std::optional<std::uint32_t> file_attributes(std::u16string_view path);
+
+// The names of the files (not folders) in `folder`, in the system's order; nullopt when the
+// folder cannot be read.
+std::optional<std::vector<std::u16string>> list_files(std::u16string_view folder);
 
 // A file opened for reading; other readers may open it at the same time.
 class InputFile {

@@ -1,11 +1,15 @@
 #include "platform/files.h"
 #include "platform/native/native_controls.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <memory>
+
+#include "common/utf.h"
 
 namespace kq::platform {
 
@@ -42,6 +46,32 @@ std::optional<std::size_t> InputFile::read(std::span<std::byte> buffer) noexcept
         if (got >= 0) return static_cast<std::size_t>(got);
         if (errno != EINTR) return std::nullopt;
     }
+}
+
+std::optional<std::uint32_t> file_attributes(std::u16string_view path) {
+    const std::string posix = native::to_posix_path(path);
+    struct stat status{};
+    if (posix.empty() || stat(posix.c_str(), &status) != 0) return std::nullopt;
+    std::uint32_t attributes = S_ISDIR(status.st_mode) ? kAttributeDirectory : 0x80;  // or NORMAL
+    if ((status.st_mode & S_IWUSR) == 0) attributes |= kAttributeReadOnly;
+    const std::size_t name = posix.find_last_of('/') + 1;  // a dot file counts as hidden
+    if (name < posix.size() && posix[name] == '.') attributes |= kAttributeHidden;
+    return attributes;
+}
+
+std::optional<std::vector<std::u16string>> list_files(std::u16string_view folder) {
+    std::string posix = native::to_posix_path(folder);
+    if (posix.empty()) return std::nullopt;
+    const std::unique_ptr<DIR, int (*)(DIR*)> directory(opendir(posix.c_str()), closedir);
+    if (!directory) return std::nullopt;
+    if (posix.back() != '/') posix += '/';
+    std::vector<std::u16string> names;
+    while (const dirent* entry = readdir(directory.get())) {
+        struct stat status{};
+        if (stat((posix + entry->d_name).c_str(), &status) != 0 || S_ISDIR(status.st_mode)) continue;
+        if (auto name = utf8_to_utf16(entry->d_name)) names.push_back(std::move(*name));
+    }
+    return names;
 }
 
 } // namespace kq::platform

@@ -43,4 +43,30 @@ std::optional<std::size_t> InputFile::read(std::span<std::byte> buffer) noexcept
     return got;
 }
 
+std::optional<std::uint32_t> file_attributes(std::u16string_view path) {
+    const std::wstring terminated(path.begin(), path.end());
+    const DWORD attributes = GetFileAttributesW(terminated.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES) return std::nullopt;
+    return attributes;
+}
+
+std::optional<std::vector<std::u16string>> list_files(std::u16string_view folder) {
+    std::wstring pattern(folder.begin(), folder.end());
+    if (pattern.empty() || pattern.back() != L'\\') pattern += L'\\';
+    pattern += L'*';
+    WIN32_FIND_DATAW entry;
+    HANDLE search = FindFirstFileW(pattern.c_str(), &entry);
+    if (search == INVALID_HANDLE_VALUE) {
+        if (GetLastError() == ERROR_FILE_NOT_FOUND) return std::vector<std::u16string>();
+        return std::nullopt;
+    }
+    std::vector<std::u16string> names;
+    do {
+        if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0)
+            names.emplace_back(reinterpret_cast<const char16_t*>(entry.cFileName));
+    } while (FindNextFileW(search, &entry));
+    FindClose(search);
+    return names;
+}
+
 } // namespace kq::platform
