@@ -1,0 +1,40 @@
+#include "manifest/shared_folders.h"
+
+#include "manifest/rom_files.h"
+#include "platform/files.h"
+#include "platform/string_table.h"
+
+#include <cstdint>
+
+namespace kq::manifest {
+namespace {
+
+struct SharedFolder {
+    std::u16string_view relative_path;
+    std::uint16_t description;  // string id
+};
+
+constexpr SharedFolder kRestorableFolders[] = {
+    {u"Shared\\adf", 2050},
+    {u"Shared\\hdf", 2051},
+    {u"Shared\\rom", 2052},
+};
+
+constexpr std::size_t kDescriptionChars = 79;  // read into 80-character buffers
+
+} // namespace
+
+std::u16string restore_system_files_paths(std::u16string_view data_folder) {
+    std::u16string text;
+    const std::u16string root = with_trailing_backslash(data_folder);
+    for (const SharedFolder& folder : kRestorableFolders) {
+        if (!platform::file_attributes(root + std::u16string(folder.relative_path))) continue;
+        if (!text.empty()) text += u'\t';
+        text += folder.relative_path;
+        text += u'\t';
+        text += platform::load_string(folder.description, kDescriptionChars);
+    }
+    return text;
+}
+
+} // namespace kq::manifest
