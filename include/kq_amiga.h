@@ -10,8 +10,10 @@
  * A record or string that the module hands to the host is one block; the host releases it
  * with the matching KQFree* export and never with its own allocator. Every KQFree* export
  * accepts NULL and then does nothing. Option, file-association and device-command records
- * come from the local heap; empty-medium paths, boot-tag paths, keyboard input data and raw
- * key strings from the global heap.
+ * come from the local heap; empty-medium paths, keyboard input data and raw key strings from
+ * the global heap. The strings of KQGetDefaultSystemROM, KQGetRestoreSystemFilesPaths,
+ * KQGetApplicationInfo and KQBootTag, which have no KQFree* export of their own, also come
+ * from the global heap: the host frees them with GlobalFree.
  *
  * Exports that the module does not implement yet answer KQ_E_NOTIMPL. The editor windows
  * (KQ9Editor, KQEditScreenClip, KQEditScreenClip2, KQROMToolbox), the on-screen keyboard
@@ -118,7 +120,10 @@ KQ_STATIC_ASSERT(sizeof(KQDeviceCommand) == 24, "device command header is 24 byt
 /* Module frame. Returns the constant "Amiga"; the same pointer on every call, never freed. */
 const kq_char* KQGetPlatformName(void);
 
-/* Options. */
+/* Options. KQGetOption describes option `index` (0 to 5) in a new record (KQ_S_OK), or ends
+ * the list with KQ_S_FALSE and NULL; KQ_E_INVALIDARG for a null record pointer, KQ_E_OUTOFMEMORY
+ * when the record cannot be allocated. KQSetOption stores a value by the option's exact name
+ * (KQ_E_INVALIDARG for an unknown name); an empty value deletes a choice option's value. */
 kq_status KQGetOption(uint32_t index, uint32_t reserved, KQOption** option,
                       const kq_char* reserved_text);
 kq_status KQFreeOption(KQOption* option);
@@ -137,14 +142,34 @@ kq_status KQAutoConfigureApplication(const kq_char* input, void* reserved, uint3
                                      char** xml);
 
 /* Models, ROMs, configuration and input ports. */
+
+/* Lines about the manifest's hardware ("Model: ...", "ROM: ...", "CPU: ...", "PCI bridge: ..."),
+ * each ending in CR LF; empty when the manifest names no model. manifest_utf8 is the manifest
+ * as zero-terminated UTF-8 text. KQ_E_POINTER for a null text pointer; the manifest's parse
+ * status (KQ_E_INVALIDARG for a null manifest) and no text when it cannot be read. The text
+ * comes from the global heap: free it with GlobalFree. */
 kq_status KQGetApplicationInfo(kq_char** text, const char* manifest_utf8);
+/* KQ_S_OK when the files of the ROM are in <data_folder>\Shared\rom (after the fallbacks for
+ * the model and video standard, "ntsc" or anything else for PAL), KQ_S_FALSE when one is
+ * missing; KQ_E_INVALIDARG when rom_id or data_folder is missing or empty. */
 kq_status KQROMExists(const kq_char* rom_id, const kq_char* model_id, const kq_char* video,
                       const kq_char* data_folder);
+/* The model's default ROM id (unknown models: "120"), from the global heap (GlobalFree); NULL
+ * with KQ_S_OK when it cannot be allocated. KQ_E_INVALIDARG when an argument is missing. */
 kq_status KQGetDefaultSystemROM(kq_char** rom_id, const kq_char* model_id);
+/* The shared folders under data_folder whose system files can be restored, as tab-separated
+ * pairs of relative folder and description ("Shared\adf", "Shared\hdf", "Shared\rom", those
+ * that exist); empty when none does. From the global heap (GlobalFree). A missing argument
+ * returns KQ_S_OK without a text. */
 kq_status KQGetRestoreSystemFilesPaths(kq_char** text, const kq_char* data_folder);
+/* 3 ports; multitap_ports 3 (both extra ports) for the "parallel" multitap, else 0; third 0,
+ * fourth 1. Null outputs are skipped; KQ_E_INVALIDARG for a null model id. */
 kq_status KQGetInputPortsInfo(const kq_char* model_id, const kq_char* multitap_type,
                               uint32_t* port_count, uint32_t* multitap_ports, uint32_t* third,
                               uint32_t* fourth);
+/* The default content of a port: 0 empty, 1 mouse, 2 joystick, 3 game pad, 4 joypad (port 0:
+ * 4 on "a-cd32", 2 on "a-cdtv", 1 elsewhere; other ports 0). KQ_E_INVALIDARG for a null
+ * model id or content pointer. */
 kq_status KQGetDefaultInputPortContent(const kq_char* model_id, uint32_t port,
                                        uint32_t* content);
 
