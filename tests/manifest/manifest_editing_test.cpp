@@ -1,5 +1,7 @@
 #include "manifest/manifest_document.h"
 
+#include "tests/support/manifest_text.h"
+
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -16,14 +18,9 @@ std::string compact(const ManifestDocument& document) {
     return out.substr(std::string_view(kHeader).size());
 }
 
-std::string with_configuration(std::string_view configuration) {
-    return "<kq9><application><configuration>" + std::string(configuration) +
-           "</configuration></application></kq9>";
-}
-
 // Each row edits a fresh copy of a small manifest and states the configuration it leaves.
 TEST(ManifestEditing, SettersCreateChangeAndRemoveTheirElements) {
-    const std::string start = with_configuration(
+    const std::string start = test::kq9_with_configuration(
         "<peripheral type=\"68881\">fpu</peripheral><ram type=\"chip\">524288</ram>");
     using Edit = std::function<HResult(ManifestDocument&)>;
     const struct {
@@ -98,7 +95,7 @@ TEST(ManifestEditing, SettersCreateChangeAndRemoveTheirElements) {
         ManifestDocument document;
         ASSERT_EQ(document.load(start.c_str()), status::ok);
         EXPECT_EQ(row.edit(document), row.status);
-        EXPECT_EQ(compact(document), with_configuration(row.configuration));
+        EXPECT_EQ(compact(document), test::kq9_with_configuration(row.configuration));
     }
 }
 
