@@ -27,6 +27,7 @@ struct Command {
 std::span<const Command> module_commands();
 std::span<const Command> manifest_commands();
 std::span<const Command> option_commands();
+std::span<const Command> configuration_commands();
 
 // An export of the loaded DLL as its own function type, or null.
 template <class Function>

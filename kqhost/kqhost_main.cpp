@@ -17,8 +17,8 @@
 namespace kqhost {
 namespace {
 
-const std::array<std::span<const Command>, 3> kCommandFamilies{module_commands(), option_commands(),
-                                                              manifest_commands()};
+const std::array<std::span<const Command>, 4> kCommandFamilies{
+    module_commands(), option_commands(), configuration_commands(), manifest_commands()};
 
 const Command* find_command(std::wstring_view name) {
     for (std::span<const Command> family : kCommandFamilies)
@@ -83,6 +83,7 @@ int run(std::vector<std::wstring> arguments) {
         return kExitFailure;
     }
     const int result = command->run(Context{module, command_arguments});
+    if (result == kExitUsage) print_error(std::string("usage: kqhost ") + command->synopsis + "\n");
     FreeLibrary(module);
     return result;
 }

@@ -26,3 +26,7 @@ kqhost set-option MouseHack 0
 manifest="Z:$(printf '%s' "$KQ_ROOT/demo/game.kq9" | tr / '\\')"
 kqhost manifest "$manifest" kq9/application/configuration/system
 kqhost manifest "$manifest" --ascii
+# What the module tells the host about that package, its model and its ports.
+kqhost app-info "$manifest"
+kqhost default-rom a-1200
+kqhost ports a-cd32
