@@ -34,4 +34,7 @@ struct DeviceLists {
 };
 void set_devices(DeviceLists lists);
 
+// The host's Caps Lock toggle state.
+void set_caps_lock(bool on);
+
 } // namespace kq::platform::native
