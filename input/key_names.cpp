@@ -1,0 +1,143 @@
+#include "input/key_names.h"
+
+#include "input/key_tokens.h"
+#include "module/message_format.h"
+#include "platform/string_table.h"
+
+#include <algorithm>
+
+namespace kq::input {
+namespace {
+
+struct FixedName {
+    std::uint8_t raw;
+    std::uint16_t name;  // string id
+};
+
+constexpr std::uint16_t kShiftPrefixName = 2138;
+constexpr std::uint16_t kKeypadBracketTemplate = 2133;  // "Numeric Keypad %1!c!"
+
+// Raw key 0x65 (Right Alt) deliberately has no fixed name: it is named like a character key.
+constexpr FixedName kFixedNames[] = {
+    {0x0F, 2100}, {0x1D, 2101}, {0x1E, 2102}, {0x1F, 2103}, {0x2D, 2104}, {0x2E, 2105}, {0x2F, 2106},
+    {0x3C, 2107}, {0x3D, 2108}, {0x3E, 2109}, {0x3F, 2110}, {0x40, 2111}, {0x41, 2112}, {0x42, 2113},
+    {0x43, 2114}, {0x44, 2115}, {0x45, 2116}, {0x46, 2117}, {0x4A, 2118}, {0x4C, 2119}, {0x4D, 2120},
+    {0x4E, 2121}, {0x4F, 2122}, {0x50, 2123}, {0x51, 2124}, {0x52, 2125}, {0x53, 2126}, {0x54, 2127},
+    {0x55, 2128}, {0x56, 2129}, {0x57, 2130}, {0x58, 2131}, {0x59, 2132}, {0x5A, 2133}, {0x5B, 2133},
+    {0x5C, 2134}, {0x5D, 2135}, {0x5E, 2136}, {0x5F, 452},  {0x60, 2137}, {0x61, 2139}, {0x62, 2140},
+    {0x63, 2141}, {0x64, 2142}, {0x66, 450},  {0x67, 451},  {0x72, 1007}, {0x73, 1006}, {0x74, 1010},
+    {0x75, 1011}, {0x76, 1009}, {0x77, 1008},
+};
+
+constexpr std::size_t kNameChars = 100;
+
+std::optional<std::u16string> fixed_name(const KeyboardInputData& record, std::uint8_t raw, char16_t suffix) {
+    const auto found = std::ranges::find(kFixedNames, raw, &FixedName::raw);
+    if (found == std::end(kFixedNames)) return std::nullopt;
+    if (raw == raw_key::left_shift && suffix == u'+') return platform::load_string(kShiftPrefixName, kNameChars);
+    std::u16string name = platform::load_string(found->name, kNameChars);
+    if (found->name == kKeypadBracketTemplate) {
+        const MessageArgument bracket = raw == raw_key::keypad_open ? record.open_bracket : record.close_bracket;
+        name = format_message(name, std::span(&bracket, 1)).value_or(name);
+    }
+    return name;
+}
+
+char16_t upper_ascii(char16_t c) { return c >= u'a' && c <= u'z' ? static_cast<char16_t>(c - u'a' + u'A') : c; }
+
+// A stroke code of `raw` alone without qualifiers, optionally followed by Space.
+constexpr StrokeCode alone(std::uint8_t raw) { return stroke::single(raw); }
+constexpr StrokeCode before_space(std::uint8_t raw) {
+    return 0x07F00000u | static_cast<StrokeCode>(raw_key::space) << 10 | raw;
+}
+
+// Writes names one after another, each NUL-terminated; a name that follows one ending in "+"
+// continues it ("Shift+" then "A" make "Shift+A").
+class NameWriter {
+public:
+    explicit NameWriter(std::span<char16_t> buffer) : buffer_(buffer) {}
+
+    bool write(std::u16string_view name) {
+        std::size_t at = position_;
+        if (written_ && !continues_) ++at;  // past the NUL of the previous name, which stays
+        if (at >= buffer_.size() || buffer_.size() - at < name.size() + 1) return false;
+        std::ranges::copy(name, buffer_.begin() + static_cast<std::ptrdiff_t>(at));
+        position_ = at + name.size();
+        buffer_[position_] = 0;
+        written_ = true;
+        continues_ = !name.empty() && name.back() == u'+';
+        return true;
+    }
+
+private:
+    std::span<char16_t> buffer_;
+    std::size_t position_ = 0;
+    bool written_ = false;
+    bool continues_ = false;
+};
+
+} // namespace
+
+std::optional<std::u16string> raw_key_name(const KeyboardInputData& record, std::uint8_t raw, char16_t suffix) {
+    std::optional<std::u16string> name = fixed_name(record, raw, suffix);
+    if (!name) {
+        const auto table = record.character_table();
+        auto entry = std::ranges::find(table, alone(raw), &CharacterEntry::code);
+        if (entry == table.end()) entry = std::ranges::find(table, before_space(raw), &CharacterEntry::code);
+        if (entry == table.end()) return std::nullopt;
+        name = std::u16string(1, upper_ascii(entry->character));
+    }
+    if (suffix != 0) *name += suffix;
+    return name;
+}
+
+std::optional<std::u16string> raw_key_label(const KeyboardInputData& record, std::uint8_t raw) {
+    if (std::optional<std::u16string> name = fixed_name(record, raw, 0)) return name;
+    for (const CharacterEntry& entry : record.character_table())
+        if (entry.character != u' ' && stroke::raw(stroke::nth(entry.code, 0)) == raw &&
+            (entry.code == alone(raw) || entry.code == before_space(raw)))
+            return std::u16string(1, upper_ascii(entry.character));
+    return std::nullopt;
+}
+
+HResult key_display_name(const KeyboardInputData& record, std::u16string_view text, std::span<char16_t> buffer) {
+    constexpr HResult kInsufficientBuffer = status::from_win32(win32_error::buffer_overflow);
+    constexpr HResult kNotFound = status::from_win32(win32_error::not_found);
+    NameWriter writer(buffer);
+    while (!text.empty()) {
+        if (text.front() == u'+' && text.size() > 1) {
+            text.remove_prefix(1);
+            continue;
+        }
+        const std::optional<Token> token = read_token(record, text);
+        if (!token) return kNotFound;
+        for (int i = 0; i < 3; ++i) {
+            const std::uint32_t one_stroke = stroke::nth(token->code, i);
+            if (stroke::raw(one_stroke) == raw_key::none) continue;
+            const std::pair<std::uint32_t, std::uint8_t> qualifiers[] = {
+                {stroke::shift, raw_key::left_shift}, {stroke::alt, raw_key::left_alt}, {stroke::control, raw_key::control}};
+            for (const auto& [bit, raw] : qualifiers) {
+                if ((one_stroke & bit) == 0) continue;
+                if (!writer.write(*raw_key_name(record, raw, u'+'))) return kInsufficientBuffer;
+            }
+            const std::optional<std::u16string> name = raw_key_name(record, stroke::raw(one_stroke));
+            if (!name) return kNotFound;
+            if (!writer.write(*name)) return kInsufficientBuffer;
+        }
+        text = token->rest;
+    }
+    return status::ok;
+}
+
+std::u16string keyboard_layout_text(std::span<const std::uint8_t> image) {
+    const KeyboardLayout& layout = find_layout(recognize_layout(image));
+    std::u16string text(layout.id);
+    const std::u16string name = short_layout_name(layout);
+    if (!name.empty()) {
+        text += u'\t';
+        text += name;
+    }
+    return text;
+}
+
+} // namespace kq::input
