@@ -1,39 +1,90 @@
-// Exports of keyboard translation, layouts, raw key strings, keyboard settings and button
-// names. Not built yet: they answer E_NOTIMPL.
+// Exports of keyboard translation, layouts and key names. (Raw key strings, keyboard settings
+// and button names are not built yet: they answer E_NOTIMPL.) The first five return their
+// status in a 64-bit value.
 
+#include "exports/export_text.h"
+#include "input/key_names.h"
+#include "input/key_translation.h"
+#include "input/keyboard_input_data.h"
 #include "kq_amiga.h"
+#include "module/guard.h"
 
-extern "C" int64_t KQGetKeyboardInputData(const kq_char*, const kq_char*, const uint8_t*, uint32_t,
-                                          uint32_t, uint32_t, uint32_t, KQKeyboardInputData**) {
-    return KQ_E_NOTIMPL;
+
+namespace {
+
+using kq::input::KeyboardInputData;
+
+KeyboardInputData* record_of(KQKeyboardInputData* data) { return reinterpret_cast<KeyboardInputData*>(data); }
+
+const char16_t* chars(const kq_char* text) { return reinterpret_cast<const char16_t*>(text); }
+
+int64_t make_record(const kq_char* system_id, const kq_char* layout_id, const uint8_t* keymap, uint32_t keymap_bytes,
+                    uint32_t key_a, uint32_t key_b, uint32_t key_c, KQKeyboardInputData** data) {
+    return kq::guard([&] {
+        return kq::input::make_keyboard_input_data(reinterpret_cast<KeyboardInputData**>(data), chars(system_id),
+                                                   chars(layout_id), keymap, keymap != nullptr ? keymap_bytes : 0,
+                                                   key_a, key_b, key_c);
+    });
 }
-extern "C" int64_t KQGetKeyboardInputData2(const kq_char*, const kq_char*, const uint8_t*,
-                                           uint32_t, uint32_t, uint32_t, uint32_t, uint32_t,
-                                           KQKeyboardInputData**) {
-    return KQ_E_NOTIMPL;
+
+} // namespace
+
+extern "C" int64_t KQGetKeyboardInputData2(const kq_char* system_id, const kq_char* layout_id, const uint8_t* keymap,
+                                           uint32_t keymap_bytes, uint32_t key_a, uint32_t key_b, uint32_t key_c,
+                                           uint32_t, KQKeyboardInputData** data) {
+    return make_record(system_id, layout_id, keymap, keymap_bytes, key_a, key_b, key_c, data);
 }
-extern "C" int64_t KQFreeKeyboardInputData(KQKeyboardInputData*) { return KQ_E_NOTIMPL; }
-extern "C" int64_t KQPreprocessKeyboardInput(uint64_t, uint64_t, KQKeyboardInputData*, uint32_t,
-                                             uint32_t*) {
-    return KQ_E_NOTIMPL;
+
+extern "C" int64_t KQGetKeyboardInputData(const kq_char* system_id, const kq_char* layout_id, const uint8_t* keymap,
+                                          uint32_t keymap_bytes, uint32_t key_a, uint32_t key_b, uint32_t,
+                                          KQKeyboardInputData** data) {
+    return make_record(system_id, layout_id, keymap, keymap_bytes, key_a, key_b, 0, data);
 }
-extern "C" int64_t KQProcessKeyboardInput(uint64_t, uint64_t, KQKeyboardInputData*, uint32_t,
-                                          uint32_t*) {
-    return KQ_E_NOTIMPL;
+
+extern "C" int64_t KQFreeKeyboardInputData(KQKeyboardInputData* data) {
+    kq::input::free_keyboard_input_data(record_of(data));
+    return KQ_S_OK;
 }
-extern "C" kq_status KQGetKeyboardLayout(uint32_t, const uint8_t*, uint32_t, kq_char*, uint32_t) {
-    return KQ_E_NOTIMPL;
+
+extern "C" int64_t KQPreprocessKeyboardInput(uint64_t host_key, uint64_t, KQKeyboardInputData* data, uint32_t,
+                                             uint32_t* answer) {
+    if (data == nullptr) return KQ_E_INVALIDARG;
+    return kq::input::preprocess_keyboard_input(*record_of(data), host_key, answer);
 }
-extern "C" kq_status KQGetKeyDisplayName(const kq_char*, const kq_char*, const kq_char*, kq_char*,
-                                         uint32_t, uint32_t, uint32_t) {
-    return KQ_E_NOTIMPL;
+
+extern "C" int64_t KQProcessKeyboardInput(uint64_t host_key, uint64_t character, KQKeyboardInputData* data, uint32_t,
+                                          uint32_t* answer) {
+    if (data == nullptr) return KQ_E_INVALIDARG;
+    return kq::input::process_keyboard_input(*record_of(data), host_key, character, answer);
 }
-extern "C" kq_status KQGetStringRawKeys(const kq_char*, KQKeyboardInputData*, uint32_t,
-                                        kq_char**) {
+
+extern "C" kq_status KQGetKeyboardLayout(uint32_t, const uint8_t* keymap, uint32_t keymap_bytes, kq_char* buffer,
+                                         uint32_t buffer_chars) {
+    if (keymap == nullptr || keymap_bytes == 0 || buffer == nullptr || buffer_chars == 0) return KQ_E_INVALIDARG;
+    return kq::guard([&] {
+        const std::u16string text = kq::input::keyboard_layout_text(std::span(keymap, keymap_bytes));
+        if (text.size() >= buffer_chars) return kq::status::from_win32(kq::win32_error::buffer_overflow);
+        std::ranges::copy(text, reinterpret_cast<char16_t*>(buffer));
+        buffer[text.size()] = 0;
+        return kq::status::ok;
+    });
+}
+
+extern "C" kq_status KQGetKeyDisplayName(const kq_char* key_text, const kq_char* system_id, const kq_char* layout_id,
+                                         kq_char* buffer, uint32_t buffer_chars, uint32_t key_a, uint32_t key_b) {
+    if (key_text == nullptr || buffer == nullptr || buffer_chars == 0) return KQ_E_INVALIDARG;
+    return kq::guard([&] {
+        const kq::input::ScopedKeyboardInputData record;
+        if (!kq::input::fill_keyboard_input_data(record.get(), chars(system_id), chars(layout_id), {}, key_a, key_b, 0))
+            return kq::status::from_win32(kq::win32_error::not_found);
+        return kq::input::key_display_name(record.get(), kq::text_view(key_text),
+                                           std::span(reinterpret_cast<char16_t*>(buffer), buffer_chars));
+    });
+}
+
+extern "C" kq_status KQGetStringRawKeys(const kq_char*, KQKeyboardInputData*, uint32_t, kq_char**) {
     return KQ_E_NOTIMPL;
 }
 extern "C" kq_status KQFreeStringRawKeys(kq_char*) { return KQ_E_NOTIMPL; }
 extern "C" kq_status KQBackupKeyboardSettings(uint32_t) { return KQ_E_NOTIMPL; }
-extern "C" kq_status KQGetInputButtonName(uint32_t, uint32_t, uint32_t, kq_char*, uint32_t) {
-    return KQ_E_NOTIMPL;
-}
+extern "C" kq_status KQGetInputButtonName(uint32_t, uint32_t, uint32_t, kq_char*, uint32_t) { return KQ_E_NOTIMPL; }

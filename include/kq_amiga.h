@@ -192,7 +192,22 @@ kq_status KQGetDeviceCommand(uint32_t index, uint32_t category, uint32_t reserve
                              KQDeviceCommand** command);
 kq_status KQFreeDeviceCommand(KQDeviceCommand* command);
 
-/* Keyboard and input. The first five return the status in a 64-bit value. */
+/* Keyboard and input. The first five return the status in a 64-bit value.
+ *
+ * KQGetKeyboardInputData2 makes the record of one host keyboard for a guest system and layout
+ * (layout_id NULL: the layout that the keymap image represents; unknown layouts: "en-us").
+ * key_a, key_b, key_c choose the host keys for Left Amiga, Right Amiga and Help: a descriptor
+ * 0x0101xxvv names virtual key vv (extended when bit 8 is set); any other value keeps the
+ * default (Left Windows, Right Windows, Page Down, all extended). On entry *data may hold the
+ * caller's current record, which is replaced (and freed) on success. KQ_E_POINTER for a null
+ * data pointer, KQ_E_OUTOFMEMORY, HRESULT_FROM_WIN32(ERROR_NOT_FOUND) without a system id.
+ * The record comes from the global heap; free it with KQFreeKeyboardInputData only.
+ *
+ * KQProcessKeyboardInput takes one host key message (bits 0-7 virtual key, 16-17 extended,
+ * 18-19 character mode: 1 translate `character`, 3 defer it; bit 20 key down; bit 28 fetch the
+ * next queued event instead) and answers raw key event words: bit 31 valid, bit 30 release,
+ * bit 29 press, bit 28 more events pending (fetch them), bits 0-6 the Amiga raw key. KQ_S_OK;
+ * KQ_E_FAIL when a fetch finds no event; KQ_E_INVALIDARG for a null record. */
 int64_t KQGetKeyboardInputData(const kq_char* system_id, const kq_char* layout_id,
                                const uint8_t* keymap, uint32_t keymap_bytes, uint32_t key_a,
                                uint32_t key_b, uint32_t reserved, KQKeyboardInputData** data);
@@ -205,8 +220,15 @@ int64_t KQPreprocessKeyboardInput(uint64_t host_key, uint64_t unused, KQKeyboard
                                   uint32_t flags, uint32_t* answer);
 int64_t KQProcessKeyboardInput(uint64_t host_key, uint64_t character, KQKeyboardInputData* data,
                                uint32_t flags, uint32_t* answer);
+/* The layout id, a tab and the layout's name ("de-de\tGerman - Germany") of a keymap image
+ * (version 1, 658 bytes); HRESULT_FROM_WIN32(ERROR_INSUFFICIENT_BUFFER) unless the buffer is
+ * longer than the text; KQ_E_INVALIDARG for a missing image or buffer. */
 kq_status KQGetKeyboardLayout(uint32_t unused, const uint8_t* keymap, uint32_t keymap_bytes,
                               kq_char* buffer, uint32_t buffer_chars);
+/* The names of the keys of a combination ("CONTROL+LEFT AMIGA", "!"), one NUL-terminated name
+ * per stroke, back to back ("Shift+1"); HRESULT_FROM_WIN32(ERROR_INSUFFICIENT_BUFFER) when the
+ * buffer runs out, HRESULT_FROM_WIN32(ERROR_NOT_FOUND) for a token that names nothing or
+ * without a system id, KQ_E_INVALIDARG for a missing text or buffer. */
 kq_status KQGetKeyDisplayName(const kq_char* key_text, const kq_char* system_id,
                               const kq_char* layout_id, kq_char* buffer, uint32_t buffer_chars,
                               uint32_t key_a, uint32_t key_b);
