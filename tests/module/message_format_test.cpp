@@ -1,17 +1,13 @@
 #include "module/message_format.h"
 
+#include "tests/support/printable.h"
+
 #include <gtest/gtest.h>
 
 #include <vector>
 
 namespace kq {
 namespace {
-
-std::string narrow(std::u16string_view text) {
-    std::string out;
-    for (char16_t c : text) out += c < 0x80 ? static_cast<char>(c) : '?';
-    return out;
-}
 
 TEST(MessageFormat, ExpandsTheTemplatesOfTheStringTable) {
     const struct {
@@ -38,15 +34,15 @@ TEST(MessageFormat, ExpandsTheTemplatesOfTheStringTable) {
     };
     for (const auto& row : rows) {
         const auto text = format_message(row.message_template, row.arguments);
-        ASSERT_TRUE(text) << narrow(row.message_template);
-        EXPECT_EQ(*text, row.expected) << narrow(row.message_template);
+        ASSERT_TRUE(text) << test::printable(row.message_template);
+        EXPECT_EQ(*text, row.expected) << test::printable(row.message_template);
     }
 }
 
 TEST(MessageFormat, MalformedTemplatesFail) {
     const std::vector<MessageArgument> one{u"x"};
     for (std::u16string_view bad : {u"ends in %", u"%1!s", u"%1!", u"%1!q!", u"%2", u"%1!ls!"})
-        EXPECT_FALSE(format_message(bad, one)) << narrow(bad);
+        EXPECT_FALSE(format_message(bad, one)) << test::printable(bad);
 }
 
 TEST(MessageFormat, KeepingInsertsExpandsOnlyLineBreaksAndTheEnd) {
@@ -59,7 +55,7 @@ TEST(MessageFormat, KeepingInsertsExpandsOnlyLineBreaksAndTheEnd) {
     };
     for (const auto& row : rows) {
         const auto text = format_message_keeping_inserts(row.message_template);
-        ASSERT_TRUE(text) << narrow(row.message_template);
+        ASSERT_TRUE(text) << test::printable(row.message_template);
         EXPECT_EQ(*text, row.expected);
     }
     EXPECT_FALSE(format_message_keeping_inserts(u"lone %"));
