@@ -17,7 +17,7 @@ packages=(
   g++-mingw-w64-x86-64-posix gcc-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64
   libz-mingw-w64-dev wine64
   # the native build: libraries, GoogleTest (also the source the Windows build compiles)
-  g++ libxml2-dev zlib1g-dev libgtest-dev googletest
+  g++ libxml2-dev zlib1g-dev libgtest-dev googletest libbenchmark-dev
   # fuzzing and sanitizers with clang
   clang lld libclang-rt-14-dev
 )
