@@ -3,10 +3,12 @@
 #include "kq_amiga.h"
 #include "kqhost/command.h"
 #include "kqhost/console.h"
+#include "kqhost/file_input.h"
 
 #include <windows.h>
 
 #include <cstdio>
+#include <optional>
 #include <string>
 
 namespace kqhost {
@@ -67,19 +69,13 @@ int restore_paths(const Context& context) {
 int app_info(const Context& context) {
     const auto call = find_export<decltype(KQGetApplicationInfo)>(context.module, "KQGetApplicationInfo");
     if (call == nullptr || context.arguments.size() != 1) return kExitUsage;
-    HANDLE file = CreateFileW(context.arguments[0].c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
-                              OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file == INVALID_HANDLE_VALUE) {
-        print_error("kqhost: cannot open " + to_utf8(context.arguments[0]) + "\n");
+    const std::optional<std::string> manifest = read_file_bytes(context.arguments[0]);
+    if (!manifest) {
+        print_error("kqhost: cannot read " + to_utf8(context.arguments[0]) + "\n");
         return kExitFailure;
     }
-    std::string manifest;
-    char buffer[65536];
-    DWORD got = 0;
-    while (ReadFile(file, buffer, sizeof buffer, &got, nullptr) && got > 0) manifest.append(buffer, got);
-    CloseHandle(file);
     kq_char* text = nullptr;
-    const kq_status status = call(&text, manifest.c_str());
+    const kq_status status = call(&text, manifest->c_str());
     if (text != nullptr) {
         print(std::wstring_view(text));
         GlobalFree(text);

@@ -30,3 +30,11 @@ kqhost manifest "$manifest" --ascii
 kqhost app-info "$manifest"
 kqhost default-rom a-1200
 kqhost ports a-cd32
+# A German host keyboard typing into a German guest, key names, and layout recognition.
+keys="Z:$(printf '%s' "$KQ_ROOT/demo/typing.keys" | tr / '\\')"
+kqhost keys --layout de-de "$keys"
+kqhost key-name --layout de-de "CONTROL+LEFT AMIGA+RIGHT AMIGA"
+kqhost key-name --layout en-gb POUND
+image="Z:$(printf '%s' "$KQ_ROOT/build/win64/sv-se.keymap" | tr / '\\')"
+kqhost keymap-image sv-se "$image"
+kqhost layout "$image"
