@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kq::platform {
 
@@ -25,5 +26,18 @@ SystemError write_setting_string(std::u16string_view key, std::u16string_view na
                                  std::u16string_view value);
 // Deletes a value; a missing key or value counts as deleted.
 SystemError delete_setting(std::u16string_view key, std::u16string_view name);
+
+// A binary value; nullopt when it is absent or of another type.
+std::optional<std::vector<std::uint8_t>> read_setting_binary(std::u16string_view key, std::u16string_view name);
+SystemError write_setting_binary(std::u16string_view key, std::u16string_view name,
+                                 const std::vector<std::uint8_t>& value);
+
+bool setting_key_exists(std::u16string_view key);
+// The names of the direct subkeys of `key`, in the store's own order (by name).
+std::vector<std::u16string> list_setting_subkeys(std::u16string_view key);
+// Copies every value and subkey of `from` into `to`, which is created when needed.
+SystemError copy_setting_tree(std::u16string_view from, std::u16string_view to);
+// Deletes a key with everything below it; a missing key counts as deleted.
+SystemError delete_setting_tree(std::u16string_view key);
 
 } // namespace kq::platform

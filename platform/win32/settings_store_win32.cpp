@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include <string>
+
 namespace kq::platform {
 namespace {
 
@@ -82,6 +84,61 @@ SystemError delete_setting(std::u16string_view key, std::u16string_view name) {
     if (open.get() == nullptr)
         return open.error() == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : static_cast<SystemError>(open.error());
     const LSTATUS deleted = RegDeleteValueW(open.get(), terminated(name).c_str());
+    return deleted == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : static_cast<SystemError>(deleted);
+}
+
+std::optional<std::vector<std::uint8_t>> read_setting_binary(std::u16string_view key, std::u16string_view name) {
+    const std::wstring key_path = terminated(key), value_name = terminated(name);
+    for (;;) {
+        DWORD size = 0;
+        if (RegGetValueW(HKEY_CURRENT_USER, key_path.c_str(), value_name.c_str(), RRF_RT_REG_BINARY, nullptr, nullptr,
+                         &size) != ERROR_SUCCESS)
+            return std::nullopt;
+        std::vector<std::uint8_t> value(size);
+        const LSTATUS read = RegGetValueW(HKEY_CURRENT_USER, key_path.c_str(), value_name.c_str(), RRF_RT_REG_BINARY,
+                                          nullptr, value.data(), &size);
+        if (read == ERROR_MORE_DATA) continue;
+        if (read != ERROR_SUCCESS) return std::nullopt;
+        value.resize(size);
+        return value;
+    }
+}
+
+SystemError write_setting_binary(std::u16string_view key, std::u16string_view name,
+                                 const std::vector<std::uint8_t>& value) {
+    const OpenKey open(key, KEY_SET_VALUE, true);
+    if (open.get() == nullptr) return static_cast<SystemError>(open.error());
+    return static_cast<SystemError>(RegSetValueExW(open.get(), terminated(name).c_str(), 0, REG_BINARY,
+                                                   value.data(), static_cast<DWORD>(value.size())));
+}
+
+bool setting_key_exists(std::u16string_view key) { return OpenKey(key, KEY_READ, false).get() != nullptr; }
+
+std::vector<std::u16string> list_setting_subkeys(std::u16string_view key) {
+    std::vector<std::u16string> names;
+    const OpenKey open(key, KEY_ENUMERATE_SUB_KEYS, false);
+    if (open.get() == nullptr) return names;
+    for (DWORD index = 0;; ++index) {
+        wchar_t name[256];  // the longest key name the registry allows, and its NUL
+        DWORD length = 256;
+        const LSTATUS found = RegEnumKeyExW(open.get(), index, name, &length, nullptr, nullptr, nullptr, nullptr);
+        if (found == ERROR_NO_MORE_ITEMS) break;
+        if (found != ERROR_SUCCESS) continue;
+        names.emplace_back(reinterpret_cast<const char16_t*>(name), length);
+    }
+    return names;
+}
+
+SystemError copy_setting_tree(std::u16string_view from, std::u16string_view to) {
+    const OpenKey source(from, KEY_READ, false);
+    if (source.get() == nullptr) return static_cast<SystemError>(source.error());
+    const OpenKey target(to, KEY_ALL_ACCESS, true);
+    if (target.get() == nullptr) return static_cast<SystemError>(target.error());
+    return static_cast<SystemError>(RegCopyTreeW(source.get(), nullptr, target.get()));
+}
+
+SystemError delete_setting_tree(std::u16string_view key) {
+    const LSTATUS deleted = RegDeleteTreeW(HKEY_CURRENT_USER, terminated(key).c_str());
     return deleted == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : static_cast<SystemError>(deleted);
 }
 
