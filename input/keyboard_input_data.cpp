@@ -1,9 +1,9 @@
 #include "input/keyboard_input_data.h"
 
+#include "input/keyboard_settings.h"
 #include "platform/heap.h"
 
 #include <algorithm>
-#include <cstring>
 #include <string>
 #include <utility>
 
@@ -18,25 +18,6 @@ void copy_id(char16_t (&target)[N], std::u16string_view id) {
 }
 
 std::u16string_view view_of(const char16_t* text) { return text ? std::u16string_view(text) : std::u16string_view(); }
-
-template <class T>
-T* heap_copy(std::span<const T> items) {
-    platform::HeapBlock block = platform::HeapBlock::allocate_zeroed(platform::Heap::global, items.size_bytes());
-    if (!block) throw std::bad_alloc();
-    std::memcpy(block.data(), items.data(), items.size_bytes());
-    return static_cast<T*>(block.release());
-}
-
-// The active key table and default flags when nothing is stored: a copy of the built-in table,
-// and every raw key at its default.
-void load_key_tables(KeyboardInputData& record) {
-    record.key_table = heap_copy(std::span<const KeyTableEntry>(kBuiltInKeyTable));
-    record.key_count = static_cast<std::uint32_t>(kBuiltInKeyTable.size());
-    std::array<KeyDefaultFlag, 128> flags{};
-    for (std::uint8_t raw = 0; raw < 128; ++raw) flags[raw] = {raw, 1};
-    record.default_flags = heap_copy(std::span<const KeyDefaultFlag>(flags));
-    record.default_flag_count = 128;
-}
 
 } // namespace
 
@@ -61,7 +42,7 @@ bool fill_keyboard_input_data(KeyboardInputData& record, const char16_t* system_
     record.builtin_key_table = kBuiltInKeyTable.data();
     record.builtin_key_count = static_cast<std::uint32_t>(kBuiltInKeyTable.size());
     record.observer = nullptr;
-    load_key_tables(record);
+    load_keyboard_settings(record);
     return true;
 }
 

@@ -72,8 +72,9 @@ static_assert(sizeof(KeyboardInputData) <= kKeyboardInputDataBytes);
 // Fills a zeroed record: ids (31 characters kept of each; without a layout id, the layout that a
 // given keymap image represents), the layout's keymap image, character table and brackets (the
 // default layout's when the id names none), the configurable keys from their descriptors, the
-// built-in key table, and the active key table with its per-key default flags. Fails (false)
-// only without a system id; may throw std::bad_alloc.
+// built-in key table, and the active key table with its per-key default flags (the stored
+// mapping for the system and layout, if any). Fails (false) only without a system id; may throw
+// std::bad_alloc.
 bool fill_keyboard_input_data(KeyboardInputData& record, const char16_t* system_id, const char16_t* layout_id,
                               std::span<const std::uint8_t> keymap_image, std::uint32_t key_a,
                               std::uint32_t key_b, std::uint32_t key_c);
