@@ -1,13 +1,17 @@
-// Exports of keyboard translation, layouts and key names. (Raw key strings, keyboard settings
-// and button names are not built yet: they answer E_NOTIMPL.) The first five return their
-// status in a 64-bit value.
+// Exports of keyboard translation, layouts, key names, raw key strings, keyboard settings and
+// controller button names. The first five return their status in a 64-bit value.
 
 #include "exports/export_text.h"
+#include "input/buttons.h"
 #include "input/key_names.h"
 #include "input/key_translation.h"
 #include "input/keyboard_input_data.h"
+#include "input/keyboard_settings.h"
+#include "input/raw_key_strings.h"
 #include "kq_amiga.h"
 #include "module/guard.h"
+#include "module/host_text.h"
+#include "platform/string_table.h"
 
 
 namespace {
@@ -82,9 +86,37 @@ extern "C" kq_status KQGetKeyDisplayName(const kq_char* key_text, const kq_char*
     });
 }
 
-extern "C" kq_status KQGetStringRawKeys(const kq_char*, KQKeyboardInputData*, uint32_t, kq_char**) {
-    return KQ_E_NOTIMPL;
+extern "C" kq_status KQGetStringRawKeys(const kq_char* text, KQKeyboardInputData* data, uint32_t mode,
+                                        kq_char** keys) {
+    if (keys == nullptr) return KQ_E_POINTER;
+    *keys = nullptr;
+    if (text == nullptr) return KQ_S_OK;
+    if (data == nullptr) return KQ_E_INVALIDARG;
+    return kq::guard([&] {
+        const std::u16string script = kq::input::raw_key_string(*record_of(data), kq::text_view(text), mode);
+        *keys = reinterpret_cast<kq_char*>(kq::copy_text_to_heap(kq::platform::Heap::global, script));
+        return *keys != nullptr ? kq::status::ok : kq::status::out_of_memory;
+    });
 }
-extern "C" kq_status KQFreeStringRawKeys(kq_char*) { return KQ_E_NOTIMPL; }
-extern "C" kq_status KQBackupKeyboardSettings(uint32_t) { return KQ_E_NOTIMPL; }
-extern "C" kq_status KQGetInputButtonName(uint32_t, uint32_t, uint32_t, kq_char*, uint32_t) { return KQ_E_NOTIMPL; }
+
+extern "C" kq_status KQFreeStringRawKeys(kq_char* keys) {
+    kq::platform::heap_free(kq::platform::Heap::global, keys);
+    return KQ_S_OK;
+}
+
+extern "C" kq_status KQBackupKeyboardSettings(uint32_t action) {
+    return kq::guard([&] { return kq::input::back_up_keyboard_settings(action); });
+}
+
+extern "C" kq_status KQGetInputButtonName(uint32_t mask, uint32_t, uint32_t kind, kq_char* buffer,
+                                          uint32_t buffer_chars) {
+    const std::optional<std::uint16_t> name = kq::input::button_name_id(mask, kind);
+    if (!name) return KQ_STATUS_FROM_WIN32(1168);  // ERROR_NOT_FOUND; the buffer is left alone
+    if (buffer == nullptr || buffer_chars == 0) return KQ_S_OK;
+    return kq::guard([&] {
+        const std::u16string text = kq::platform::load_string(*name, buffer_chars - 1);
+        std::ranges::copy(text, reinterpret_cast<char16_t*>(buffer));
+        buffer[text.size()] = 0;
+        return kq::status::ok;
+    });
+}

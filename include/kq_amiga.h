@@ -232,10 +232,19 @@ kq_status KQGetKeyboardLayout(uint32_t unused, const uint8_t* keymap, uint32_t k
 kq_status KQGetKeyDisplayName(const kq_char* key_text, const kq_char* system_id,
                               const kq_char* layout_id, kq_char* buffer, uint32_t buffer_chars,
                               uint32_t key_a, uint32_t key_b);
+/* The raw key string ("KEY_RAW_DOWN 0x60 KEY_RAW_UP 0x60 ...") that makes the guest type `text`
+ * (mode 0) or press (bit 0) or release (bit 1 alone) the key combination `text` names, in the
+ * record's layout. From the global heap; free it with KQFreeStringRawKeys. KQ_E_POINTER for a
+ * null result pointer; KQ_S_OK and no string for a null text; KQ_E_INVALIDARG for a null record. */
 kq_status KQGetStringRawKeys(const kq_char* text, KQKeyboardInputData* data, uint32_t mode,
                              kq_char** keys);
 kq_status KQFreeStringRawKeys(kq_char* keys);
+/* 1 backs up the keyboard settings, 2 restores the backup (and removes it), 3 discards it;
+ * KQ_S_OK also when there is nothing to copy, KQ_E_INVALIDARG for any other action. */
 kq_status KQBackupKeyboardSettings(uint32_t action);
+/* The name of button `mask` (one bit) on a controller of `kind` (2 two-button joystick,
+ * 3 three-button joystick, 4 seven-button game pad), cut to the buffer; buffer may be NULL.
+ * HRESULT_FROM_WIN32(ERROR_NOT_FOUND), buffer untouched, for a pair that has no name. */
 kq_status KQGetInputButtonName(uint32_t mask, uint32_t unused, uint32_t kind, kq_char* buffer,
                                uint32_t buffer_chars);
 
