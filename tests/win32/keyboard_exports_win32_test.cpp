@@ -126,5 +126,90 @@ TEST_F(KeyboardDll, LayoutTextAndKeyDisplayNames) {
     EXPECT_EQ(key_name(nullptr, L"x", L"en-us", names.data(), 32, 0, 0), KQ_E_INVALIDARG);
 }
 
+TEST_F(KeyboardDll, RawKeyStringsComeFromTheGlobalHeap) {
+    const auto keys = resolve<decltype(KQGetStringRawKeys)>("KQGetStringRawKeys");
+    const auto free_keys = resolve<decltype(KQFreeStringRawKeys)>("KQFreeStringRawKeys");
+    ASSERT_TRUE(keys && free_keys);
+    KQKeyboardInputData* data = nullptr;
+    ASSERT_EQ(get2_(L"x", L"en-us", nullptr, 0, 0, 0, 0, 0, &data), KQ_S_OK);
+    kq_char* script = nullptr;
+    EXPECT_EQ(keys(L"Ab", data, 0, &script), KQ_S_OK);
+    ASSERT_NE(script, nullptr);
+    EXPECT_STREQ(script, L"KEY_RAW_DOWN 0x60 KEY_RAW_DOWN 0x20 KEY_RAW_UP 0x20 KEY_RAW_UP 0x60 "
+                         L"KEY_RAW_DOWN 0x35 KEY_RAW_UP 0x35 ");
+    EXPECT_GE(GlobalSize(script), (wcslen(script) + 1) * sizeof(wchar_t));
+    EXPECT_EQ(free_keys(script), KQ_S_OK);
+    EXPECT_EQ(keys(L"CONTROL+LEFT AMIGA+RIGHT AMIGA", data, 2, &script), KQ_S_OK);
+    EXPECT_STREQ(script, L"KEY_RAW_UP 0x63 KEY_RAW_UP 0x66 KEY_RAW_UP 0x67 ");
+    free_keys(script);
+    EXPECT_EQ(keys(L"", data, 0, &script), KQ_S_OK);
+    EXPECT_STREQ(script, L"") << "an empty text gives an empty string";
+    free_keys(script);
+    script = reinterpret_cast<kq_char*>(1);
+    EXPECT_EQ(keys(nullptr, data, 0, &script), KQ_S_OK);
+    EXPECT_EQ(script, nullptr) << "no text: no string";
+    EXPECT_EQ(keys(L"a", nullptr, 0, &script), KQ_E_INVALIDARG);
+    EXPECT_EQ(keys(L"a", data, 0, nullptr), KQ_E_POINTER);
+    EXPECT_EQ(free_keys(nullptr), KQ_S_OK);
+    free_(data);
+}
+
+TEST_F(KeyboardDll, ARecordBuiltAfterARestoreSeesTheRestoredTable) {
+    const auto backup = resolve<decltype(KQBackupKeyboardSettings)>("KQBackupKeyboardSettings");
+    ASSERT_NE(backup, nullptr);
+    const wchar_t* const keyboard = L"Software\\Mervane\\Quennet\\Platforms\\Amiga\\Keyboard";
+    const wchar_t* const mapping = L"Software\\Mervane\\Quennet\\Platforms\\Amiga\\Keyboard\\Mappings\\Mine";
+    RegDeleteTreeW(HKEY_CURRENT_USER, keyboard);
+    RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\Mervane\\Quennet\\Platforms\\Amiga\\KeyboardBackup");
+    const auto store_table = [&](BYTE raw) {
+        HKEY key = nullptr;
+        RegCreateKeyExW(HKEY_CURRENT_USER, mapping, 0, nullptr, 0, KEY_SET_VALUE, nullptr, &key, nullptr);
+        const DWORD keyboard_class = 1;
+        RegSetValueExW(key, L"KeyClass", 0, REG_DWORD, reinterpret_cast<const BYTE*>(&keyboard_class), 4);
+        RegSetValueExW(key, L"System", 0, REG_SZ, reinterpret_cast<const BYTE*>(L"a-1200"), 14);
+        const BYTE data[] = {0x41, raw, 0, 0};
+        RegSetValueExW(key, L"Data", 0, REG_BINARY, data, sizeof data);
+        RegDeleteValueW(key, L"DefaultInfo");
+        RegCloseKey(key);
+    };
+    const auto raw_of_a = [&] {
+        KQKeyboardInputData* data = nullptr;
+        get2_(L"a-1200", L"en-us", nullptr, 0, 0, 0, 0, 0, &data);
+        uint32_t answer = 0;
+        process_(0x41 | 1u << 20, 0, data, 0, &answer);
+        free_(data);
+        return answer & 0x7F;
+    };
+    store_table(0x10);
+    EXPECT_EQ(raw_of_a(), 0x10u);
+    DWORD size = 0;
+    EXPECT_EQ(RegGetValueW(HKEY_CURRENT_USER, mapping, L"DefaultInfo", RRF_RT_REG_BINARY, nullptr, nullptr, &size),
+              ERROR_SUCCESS);
+    EXPECT_EQ(size, 256u) << "DefaultInfo written with the first record";
+    EXPECT_EQ(backup(1), KQ_S_OK);
+    store_table(0x20);
+    EXPECT_EQ(raw_of_a(), 0x20u);
+    EXPECT_EQ(backup(2), KQ_S_OK);
+    EXPECT_EQ(raw_of_a(), 0x10u);
+    EXPECT_EQ(backup(3), KQ_S_OK);
+    EXPECT_EQ(backup(9), KQ_E_INVALIDARG);
+    RegDeleteTreeW(HKEY_CURRENT_USER, keyboard);
+}
+
+TEST_F(KeyboardDll, ButtonNamesFitTheBufferOrLeaveItAlone) {
+    const auto button_name = resolve<decltype(KQGetInputButtonName)>("KQGetInputButtonName");
+    ASSERT_NE(button_name, nullptr);
+    wchar_t buffer[8];
+    EXPECT_EQ(button_name(16, 0, 4, buffer, 8), KQ_S_OK);
+    EXPECT_STREQ(buffer, L"Red");
+    EXPECT_EQ(button_name(16, 0, 2, buffer, 4), KQ_S_OK);
+    EXPECT_STREQ(buffer, L"Fir") << "truncated by the buffer length";
+    EXPECT_EQ(button_name(16, 0, 2, nullptr, 0), KQ_S_OK);
+    wcscpy(buffer, L"keep");
+    EXPECT_EQ(button_name(64, 0, 2, buffer, 8), static_cast<kq_status>(0x80070490));
+    EXPECT_EQ(button_name(3, 0, 4, buffer, 8), static_cast<kq_status>(0x80070490));
+    EXPECT_STREQ(buffer, L"keep") << "the buffer is left untouched";
+}
+
 } // namespace
 } // namespace kq
