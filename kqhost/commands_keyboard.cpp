@@ -160,7 +160,66 @@ int key_name(const Context& context) {
     return kExitOk;
 }
 
+// The raw key string of a text in one of KQGetStringRawKeys's modes.
+int raw_key_string(const Context& context, uint32_t mode) {
+    const LayoutArguments arguments = layout_arguments(context);
+    const auto get = find_export<decltype(KQGetKeyboardInputData2)>(context.module, "KQGetKeyboardInputData2");
+    const auto release = find_export<decltype(KQFreeKeyboardInputData)>(context.module, "KQFreeKeyboardInputData");
+    const auto keys = find_export<decltype(KQGetStringRawKeys)>(context.module, "KQGetStringRawKeys");
+    const auto free_keys = find_export<decltype(KQFreeStringRawKeys)>(context.module, "KQFreeStringRawKeys");
+    if (!get || !release || !keys || !free_keys || arguments.rest.size() != 1) return kExitUsage;
+    KQKeyboardInputData* data = nullptr;
+    if (get(L"kqhost", arguments.layout.c_str(), nullptr, 0, 0, 0, 0, 0, &data) != KQ_S_OK) return kExitFailure;
+    // Escapes for what a command line cannot hold: "\n" is a line feed, "\t" a tab.
+    std::wstring text;
+    for (std::size_t i = 0; i < arguments.rest[0].size(); ++i) {
+        const wchar_t c = arguments.rest[0][i];
+        if (c == L'\\' && i + 1 < arguments.rest[0].size() && (arguments.rest[0][i + 1] == L'n' || arguments.rest[0][i + 1] == L't'))
+            text += arguments.rest[0][++i] == L'n' ? L'\n' : L'\t';
+        else
+            text += c;
+    }
+    kq_char* script = nullptr;
+    const kq_status status = keys(text.c_str(), data, mode, &script);
+    if (script != nullptr) {
+        print(std::wstring_view(script));
+        print("\n");
+        free_keys(script);
+    }
+    release(data);
+    return status == KQ_S_OK ? kExitOk : kExitFailure;
+}
+
+int type(const Context& context) { return raw_key_string(context, 0); }
+int combo(const Context& context) {
+    const int pressed = raw_key_string(context, 1);
+    return pressed == kExitOk ? raw_key_string(context, 2) : pressed;
+}
+
+// button-name MASK KIND
+int button_name(const Context& context) {
+    const auto call = find_export<decltype(KQGetInputButtonName)>(context.module, "KQGetInputButtonName");
+    if (call == nullptr || context.arguments.size() != 2) return kExitUsage;
+    const auto mask = static_cast<uint32_t>(std::wcstoul(context.arguments[0].c_str(), nullptr, 0));
+    const auto kind = static_cast<uint32_t>(std::wcstoul(context.arguments[1].c_str(), nullptr, 0));
+    wchar_t name[64] = {};
+    const kq_status status = call(mask, 0, kind, name, 64);
+    if (status != KQ_S_OK) {
+        char line[80];
+        std::snprintf(line, sizeof line, "KQGetInputButtonName: 0x%08X\n", static_cast<unsigned>(status));
+        print(line);
+        return kExitFailure;
+    }
+    print(std::wstring_view(name));
+    print("\n");
+    return kExitOk;
+}
+
 constexpr Command kCommands[] = {
+    {L"type", "type [--layout ID] TEXT", "The raw key string that types TEXT (\\n: Return, \\t: Tab).", true, type},
+    {L"combo", "combo [--layout ID] KEYS", "The presses, then the releases, of a combination such as \"CONTROL+A\".",
+     true, combo},
+    {L"button-name", "button-name MASK KIND", "The name of a controller button (kind 2, 3 or 4).", true, button_name},
     {L"keys", "keys [--layout ID] SCRIPT",
      "Translate host key events (lines \"down|up VK [ext] [CHARACTER|U+XXXX]\") into raw keys.", true, keys},
     {L"layout", "layout FILE", "Recognise the layout of a keymap image file.", true, layout},

@@ -38,3 +38,7 @@ kqhost key-name --layout en-gb POUND
 image="Z:$(printf '%s' "$KQ_ROOT/build/win64/sv-se.keymap" | tr / '\\')"
 kqhost keymap-image sv-se "$image"
 kqhost layout "$image"
+# Text and combinations as raw key strings, and a controller button's name.
+kqhost type --layout en-us 'Hello, Amiga!\n'
+kqhost combo --layout en-us "CONTROL+LEFT AMIGA+RIGHT AMIGA"
+kqhost button-name 16 4
