@@ -23,4 +23,9 @@ constexpr bool starts_with_ignoring_case(std::u16string_view text, std::u16strin
     return text.size() >= prefix.size() && equal_ignoring_case(text.substr(0, prefix.size()), prefix);
 }
 
+// Whether `text` ends with `suffix`.
+constexpr bool ends_with_ignoring_case(std::u16string_view text, std::u16string_view suffix) {
+    return text.size() >= suffix.size() && equal_ignoring_case(text.substr(text.size() - suffix.size()), suffix);
+}
+
 } // namespace kq

@@ -18,7 +18,7 @@ HResult ManifestDocument::load(const char* text) {
 
 HResult ManifestDocument::load_file(std::u16string_view path) {
     document_.reset();
-    std::optional<platform::InputFile> file = platform::InputFile::open(path);
+    std::optional<platform::File> file = platform::File::open_for_reading(path);
     if (!file) return kManifestFileUnreadable;
     const std::optional<std::uint64_t> size = file->size();
     if (!size || *size > kMaxManifestFileBytes) return kManifestFileUnreadable;

@@ -1,6 +1,7 @@
 #include "manifest/rom_files.h"
 
 #include "common/compare.h"
+#include "common/path_text.h"
 #include "common/wildcard.h"
 #include "manifest/system_models.h"
 #include "platform/files.h"
@@ -60,12 +61,6 @@ bool starts_with_digit(std::u16string_view id) { return !id.empty() && id[0] >= 
 bool file_exists(const std::u16string& path) { return platform::file_attributes(path).has_value(); }
 
 } // namespace
-
-std::u16string with_trailing_backslash(std::u16string_view folder) {
-    std::u16string out(folder);
-    if (out.empty() || out.back() != u'\\') out += u'\\';
-    return out;
-}
 
 std::u16string rom_file_name(std::u16string_view rom_id) {
     std::u16string name = starts_with_digit(rom_id) ? u"amiga-os-" : u"";

@@ -12,9 +12,6 @@ namespace kq::manifest {
 inline constexpr std::u16string_view kSharedRomFolder = u"Shared\\rom\\";
 inline constexpr std::u16string_view kLatestAros = u"aros-latest";
 
-// `folder` with a backslash at its end unless it already has one.
-std::u16string with_trailing_backslash(std::u16string_view folder);
-
 // The file name of a ROM id: "amiga-os-" + id + ".rom" for an id that begins with a digit,
 // else id + ".rom" ("aros-latest.rom").
 std::u16string rom_file_name(std::u16string_view rom_id);

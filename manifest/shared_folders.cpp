@@ -1,5 +1,6 @@
 #include "manifest/shared_folders.h"
 
+#include "common/path_text.h"
 #include "manifest/rom_files.h"
 #include "platform/files.h"
 #include "platform/string_table.h"

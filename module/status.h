@@ -24,6 +24,10 @@ constexpr HResult from_win32(std::uint32_t error) {
     return error == 0 ? ok : static_cast<HResult>((error & 0xFFFFu) | 0x80070000u);
 }
 
+// A failed operation's Windows error in HRESULT form; E_FAIL when the system left no error
+// code (a short write that reported success), so that a failure never reads as success.
+constexpr HResult failure_from_win32(std::uint32_t error) { return error == 0 ? failed : from_win32(error); }
+
 // The facility field of a status: bits 16 to 28.
 constexpr std::uint32_t facility(HResult status) {
     return static_cast<std::uint32_t>(status) >> 16 & 0x1FFFu;

@@ -3,6 +3,8 @@
 // store in the native build), named like "Software\Mervane\Quennet\Platforms\Amiga". Key and
 // value names compare without regard to case, as the registry's do.
 
+#include "platform/system_error.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -11,14 +13,14 @@
 
 namespace kq::platform {
 
-// A Windows error code; 0 is success.
-using SystemError = std::uint32_t;
-
 // A 32-bit number value; nullopt when it is absent or of another type.
 std::optional<std::uint32_t> read_setting_dword(std::u16string_view key, std::u16string_view name);
 // A string value (stored as a string or an unexpanded expandable string); nullopt when it is
 // absent or of another type.
 std::optional<std::u16string> read_setting_string(std::u16string_view key, std::u16string_view name);
+// A string value below HKEY_LOCAL_MACHINE (read only; in the native build, what
+// native::set_machine_setting_string stored).
+std::optional<std::u16string> read_machine_setting_string(std::u16string_view key, std::u16string_view name);
 
 // Writers create the key (and its parents) when needed.
 SystemError write_setting_dword(std::u16string_view key, std::u16string_view name, std::uint32_t value);

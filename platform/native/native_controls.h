@@ -1,6 +1,7 @@
 #pragma once
 // What the native build lets a test set or observe in place of the operating system.
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -36,5 +37,14 @@ void set_devices(DeviceLists lists);
 
 // The host's Caps Lock toggle state.
 void set_caps_lock(bool on);
+
+// The temporary folder that temp_folder() reports (empty: $TMPDIR or /tmp).
+void set_temp_folder(std::u16string folder);
+// The Program Files and Common Files folders (none unless set).
+void set_program_files_folders(std::optional<std::u16string> program_files,
+                               std::optional<std::u16string> common_files);
+
+// A string value that read_machine_setting_string reports (nullopt removes it).
+void set_machine_setting_string(std::u16string key, std::u16string name, std::optional<std::u16string> value);
 
 } // namespace kq::platform::native

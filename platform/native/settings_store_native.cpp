@@ -51,14 +51,19 @@ Store& store() {
     return instance;
 }
 
+// HKEY_LOCAL_MACHINE's values, which only tests write.
+Store& machine_store() {
+    static Store instance;
+    return instance;
+}
+
 bool is_below(std::u16string_view path, std::u16string_view folded_key) {
     return path.size() > folded_key.size() && path.substr(0, folded_key.size()) == folded_key &&
            path[folded_key.size()] == u'\\';
 }
 
 template <class T>
-std::optional<T> read(std::u16string_view key, std::u16string_view name) {
-    Store& s = store();
+std::optional<T> read(std::u16string_view key, std::u16string_view name, Store& s = store()) {
     std::lock_guard guard(s.lock);
     const Key* found_key = s.find(key);
     if (found_key == nullptr) return std::nullopt;
@@ -149,6 +154,21 @@ SystemError delete_setting_tree(std::u16string_view key) {
     const std::u16string target = folded(key);
     std::erase_if(s.keys, [&](const auto& entry) { return entry.first == target || is_below(entry.first, target); });
     return 0;
+}
+
+std::optional<std::u16string> read_machine_setting_string(std::u16string_view key, std::u16string_view name) {
+    return read<std::u16string>(key, name, machine_store());
+}
+
+void native::set_machine_setting_string(std::u16string key, std::u16string name,
+                                        std::optional<std::u16string> value) {
+    Store& s = machine_store();
+    std::lock_guard guard(s.lock);
+    if (value) {
+        s.create(key).values[folded(name)] = std::move(*value);
+    } else if (Key* found = s.find(key)) {
+        found->values.erase(folded(name));
+    }
 }
 
 void native::clear_settings() {

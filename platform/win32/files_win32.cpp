@@ -1,6 +1,10 @@
 #include "platform/files.h"
 
 #include <windows.h>
+// Shell and known-folder declarations come after windows.h.
+#include <objbase.h>
+#include <shellapi.h>
+#include <shlobj.h>
 
 #include <algorithm>
 #include <string>
@@ -9,33 +13,50 @@ namespace kq::platform {
 namespace {
 
 HANDLE as_handle(std::intptr_t handle) { return reinterpret_cast<HANDLE>(handle); }
+std::wstring terminated(std::u16string_view text) { return std::wstring(text.begin(), text.end()); }
 
 } // namespace
 
-std::optional<InputFile> InputFile::open(std::u16string_view path) noexcept {
-    try {
-        const std::u16string terminated(path);
-        HANDLE file = CreateFileW(reinterpret_cast<const wchar_t*>(terminated.c_str()), GENERIC_READ,
-                                  FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL,
-                                  nullptr);
-        if (file == INVALID_HANDLE_VALUE) return std::nullopt;
-        return InputFile(reinterpret_cast<std::intptr_t>(file));
-    } catch (...) {
-        return std::nullopt;
-    }
+SystemError last_system_error() noexcept { return GetLastError(); }
+
+std::optional<File> File::open_for_reading(std::u16string_view path) noexcept {
+    HANDLE file = CreateFileW(terminated(path).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                              FILE_ATTRIBUTE_NORMAL | FILE_FLAG_SEQUENTIAL_SCAN, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return std::nullopt;
+    return File(reinterpret_cast<std::intptr_t>(file));
 }
 
-InputFile::~InputFile() {
+std::optional<File> File::create(std::u16string_view path) noexcept {
+    HANDLE file = CreateFileW(terminated(path).c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                              FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return std::nullopt;
+    return File(reinterpret_cast<std::intptr_t>(file));
+}
+
+std::optional<File> File::open_for_update(std::u16string_view path) noexcept {
+    HANDLE file = CreateFileW(terminated(path).c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                              FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return std::nullopt;
+    return File(reinterpret_cast<std::intptr_t>(file));
+}
+
+File::~File() {
     if (handle_ != kClosed) CloseHandle(as_handle(handle_));
 }
 
-std::optional<std::uint64_t> InputFile::size() const noexcept {
+std::optional<std::uint64_t> File::size() const noexcept {
     LARGE_INTEGER size;
     if (!GetFileSizeEx(as_handle(handle_), &size)) return std::nullopt;
     return static_cast<std::uint64_t>(size.QuadPart);
 }
 
-std::optional<std::size_t> InputFile::read(std::span<std::byte> buffer) noexcept {
+std::optional<FileTime> File::last_write_time() const noexcept {
+    FILETIME written;
+    if (!GetFileTime(as_handle(handle_), nullptr, nullptr, &written)) return std::nullopt;
+    return static_cast<FileTime>(written.dwHighDateTime) << 32 | written.dwLowDateTime;
+}
+
+std::optional<std::size_t> File::read(std::span<std::byte> buffer) noexcept {
     // ReadFile counts in 32 bits: a larger buffer is filled by the caller's next reads.
     const DWORD wanted = static_cast<DWORD>(std::min<std::size_t>(buffer.size(), 1u << 30));
     DWORD got = 0;
@@ -43,11 +64,31 @@ std::optional<std::size_t> InputFile::read(std::span<std::byte> buffer) noexcept
     return got;
 }
 
+std::optional<std::size_t> File::write(std::span<const std::byte> bytes) noexcept {
+    const DWORD wanted = static_cast<DWORD>(std::min<std::size_t>(bytes.size(), 1u << 30));
+    DWORD written = 0;
+    if (!WriteFile(as_handle(handle_), bytes.data(), wanted, &written, nullptr)) return std::nullopt;
+    return written;
+}
+
+bool File::seek(std::uint64_t offset) noexcept {
+    LARGE_INTEGER position;
+    position.QuadPart = static_cast<LONGLONG>(offset);
+    return SetFilePointerEx(as_handle(handle_), position, nullptr, FILE_BEGIN) != 0;
+}
+
+bool File::flush() noexcept { return FlushFileBuffers(as_handle(handle_)) != 0; }
+
 std::optional<std::uint32_t> file_attributes(std::u16string_view path) {
-    const std::wstring terminated(path.begin(), path.end());
-    const DWORD attributes = GetFileAttributesW(terminated.c_str());
+    const DWORD attributes = GetFileAttributesW(terminated(path).c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES) return std::nullopt;
     return attributes;
+}
+
+SystemError set_file_attributes(std::u16string_view path, std::uint32_t attributes) {
+    return SetFileAttributesW(terminated(path).c_str(), attributes == 0 ? FILE_ATTRIBUTE_NORMAL : attributes)
+               ? 0
+               : GetLastError();
 }
 
 std::optional<std::vector<std::u16string>> list_files(std::u16string_view folder) {
@@ -67,6 +108,64 @@ std::optional<std::vector<std::u16string>> list_files(std::u16string_view folder
     } while (FindNextFileW(search, &entry));
     FindClose(search);
     return names;
+}
+
+SystemError copy_file(std::u16string_view from, std::u16string_view to) {
+    return CopyFileW(terminated(from).c_str(), terminated(to).c_str(), FALSE) ? 0 : GetLastError();
+}
+
+SystemError move_file(std::u16string_view from, std::u16string_view to) {
+    return MoveFileW(terminated(from).c_str(), terminated(to).c_str()) ? 0 : GetLastError();
+}
+
+SystemError replace_file(std::u16string_view from, std::u16string_view to) {
+    return MoveFileExW(terminated(from).c_str(), terminated(to).c_str(), MOVEFILE_REPLACE_EXISTING) ? 0
+                                                                                                    : GetLastError();
+}
+
+SystemError delete_file(std::u16string_view path) {
+    return DeleteFileW(terminated(path).c_str()) ? 0 : GetLastError();
+}
+
+bool shell_delete(std::u16string_view path) {
+    std::wstring paths = terminated(path);
+    paths.push_back(L'\0');  // the list ends with a second NUL
+    SHFILEOPSTRUCTW operation{};
+    operation.wFunc = FO_DELETE;
+    operation.pFrom = paths.c_str();
+    operation.fFlags = FOF_SILENT | FOF_NOCONFIRMATION | FOF_NOCONFIRMMKDIR | FOF_NOERRORUI;  // 0x0614
+    return SHFileOperationW(&operation) == 0 && !operation.fAnyOperationsAborted;
+}
+
+SystemError create_folder(std::u16string_view path) {
+    return CreateDirectoryW(terminated(path).c_str(), nullptr) ? 0 : GetLastError();
+}
+
+SystemError remove_folder(std::u16string_view path) {
+    return RemoveDirectoryW(terminated(path).c_str()) ? 0 : GetLastError();
+}
+
+std::optional<std::u16string> temp_folder() {
+    wchar_t path[MAX_PATH + 1];
+    const DWORD length = GetTempPathW(MAX_PATH + 1, path);
+    if (length == 0 || length > MAX_PATH) return std::nullopt;
+    return std::u16string(reinterpret_cast<const char16_t*>(path), length);
+}
+
+std::optional<Guid> new_guid() {
+    GUID guid;
+    if (FAILED(CoCreateGuid(&guid))) return std::nullopt;
+    Guid out{guid.Data1, guid.Data2, guid.Data3, {}};
+    std::copy(std::begin(guid.Data4), std::end(guid.Data4), out.data4.begin());
+    return out;
+}
+
+std::optional<std::u16string> program_files_folder(bool common_files) {
+    wchar_t path[MAX_PATH];
+    if (FAILED(SHGetFolderPathW(nullptr, common_files ? CSIDL_PROGRAM_FILES_COMMON : CSIDL_PROGRAM_FILES, nullptr,
+                                SHGFP_TYPE_CURRENT, path)))
+        return std::nullopt;
+    return std::u16string(reinterpret_cast<const char16_t*>(path));
 }
 
 } // namespace kq::platform

@@ -32,6 +32,25 @@ private:
     LSTATUS error_ = ERROR_SUCCESS;
 };
 
+std::optional<std::u16string> read_string(HKEY root, std::u16string_view key, std::u16string_view name) {
+    const std::wstring key_path = terminated(key), value_name = terminated(name);
+    constexpr DWORD kTypes = RRF_RT_REG_SZ | RRF_RT_REG_EXPAND_SZ | RRF_NOEXPAND;
+    for (;;) {  // the value may grow between the size query and the read
+        DWORD size = 0;
+        if (RegGetValueW(root, key_path.c_str(), value_name.c_str(), kTypes, nullptr,
+                         nullptr, &size) != ERROR_SUCCESS)
+            return std::nullopt;
+        std::wstring value(size / sizeof(wchar_t) + 1, L'\0');
+        size = static_cast<DWORD>(value.size() * sizeof(wchar_t));
+        const LSTATUS read = RegGetValueW(root, key_path.c_str(), value_name.c_str(),
+                                          kTypes, nullptr, value.data(), &size);
+        if (read == ERROR_MORE_DATA) continue;
+        if (read != ERROR_SUCCESS) return std::nullopt;
+        value.resize(wcsnlen(value.c_str(), value.size()));
+        return std::u16string(value.begin(), value.end());
+    }
+}
+
 } // namespace
 
 std::optional<std::uint32_t> read_setting_dword(std::u16string_view key, std::u16string_view name) {
@@ -43,22 +62,11 @@ std::optional<std::uint32_t> read_setting_dword(std::u16string_view key, std::u1
 }
 
 std::optional<std::u16string> read_setting_string(std::u16string_view key, std::u16string_view name) {
-    const std::wstring key_path = terminated(key), value_name = terminated(name);
-    constexpr DWORD kTypes = RRF_RT_REG_SZ | RRF_RT_REG_EXPAND_SZ | RRF_NOEXPAND;
-    for (;;) {  // the value may grow between the size query and the read
-        DWORD size = 0;
-        if (RegGetValueW(HKEY_CURRENT_USER, key_path.c_str(), value_name.c_str(), kTypes, nullptr,
-                         nullptr, &size) != ERROR_SUCCESS)
-            return std::nullopt;
-        std::wstring value(size / sizeof(wchar_t) + 1, L'\0');
-        size = static_cast<DWORD>(value.size() * sizeof(wchar_t));
-        const LSTATUS read = RegGetValueW(HKEY_CURRENT_USER, key_path.c_str(), value_name.c_str(),
-                                          kTypes, nullptr, value.data(), &size);
-        if (read == ERROR_MORE_DATA) continue;
-        if (read != ERROR_SUCCESS) return std::nullopt;
-        value.resize(wcsnlen(value.c_str(), value.size()));
-        return std::u16string(value.begin(), value.end());
-    }
+    return read_string(HKEY_CURRENT_USER, key, name);
+}
+
+std::optional<std::u16string> read_machine_setting_string(std::u16string_view key, std::u16string_view name) {
+    return read_string(HKEY_LOCAL_MACHINE, key, name);
 }
 
 SystemError write_setting_dword(std::u16string_view key, std::u16string_view name, std::uint32_t value) {

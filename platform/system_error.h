@@ -1,0 +1,21 @@
+#pragma once
+// Windows error codes, as the platform layer reports failures (the native build maps its own
+// errors onto them).
+
+#include <cstdint>
+
+namespace kq::platform {
+
+// A Windows error code; 0 is success.
+using SystemError = std::uint32_t;
+
+// The error of the last platform call that failed on this thread (GetLastError).
+SystemError last_system_error() noexcept;
+
+namespace system_error {
+inline constexpr SystemError file_not_found = 2, path_not_found = 3, access_denied = 5, invalid_data = 13,
+                             file_exists = 80, buffer_overflow = 111, already_exists = 183,
+                             too_many_names = 68;
+} // namespace system_error
+
+} // namespace kq::platform
