@@ -174,9 +174,38 @@ kq_status KQGetDefaultInputPortContent(const kq_char* model_id, uint32_t port,
                                        uint32_t* content);
 
 /* Media. */
+
+/* Runtime media: a private working copy of the user's ".adf"/".hdf" image (inflated from
+ * ".adz"/".hdz"; the copy of Game.adz is named <key>-Game.adf) in <temp>\Quennet\, with a
+ * record <key>.info beside it (the copy's FILETIME as made, then the image's path in
+ * UTF-16LE). Nothing is kept in memory between the calls, so any process that knows the
+ * copy's path can check or dismiss it. Each call has its own state: several calls, also
+ * inflations of compressed images, may run at once on different threads.
+ *
+ * KQGetRuntimeMedium: buffer receives the copy's path (truncated to buffer_chars - 1
+ * characters and a NUL); alternate_folder, when given, is searched for a file of the image's
+ * name first. KQ_S_FALSE for other kinds of image (nothing done); KQ_E_INVALIDARG for a null
+ * path or buffer, a zero buffer_chars, a path without "\", or a caller's key that is not 36
+ * characters of a file name; KQ_E_FAIL when the temporary folder or the copy's time cannot be
+ * read; KQ_STATUS_FROM_WIN32(111) when the copy's or the record's path would be too long;
+ * 0x80040000 | code when inflating fails (codes 2-19: 2 input not opened, 3 output not
+ * created, 4 broken ZIP header, 5 ZIP method, 6 short gzip header, 7 gzip method, 8 multi-part,
+ * 9 not gzip or ZIP, 10 encrypted, 11 corrupt data, 12 other decoder failure, 13 stored sizes
+ * differ, 14 and 15 write failed, 16 gzip trailer missing, 17 ZIP data descriptor missing,
+ * 18 CRC-32 mismatch, 19 size mismatch); else the file system's error. */
+#define KQ_RUNTIME_MEDIUM_NO_TIMESTAMP 0x1u  /* keep no time: the copy always counts as changed */
+#define KQ_RUNTIME_MEDIUM_CALLER_KEY 0x2u    /* the 36-character key is the buffer's text */
 kq_status KQGetRuntimeMedium(const kq_char* image_path, const kq_char* alternate_folder,
                              kq_char* buffer, uint32_t buffer_chars, uint32_t flags);
+/* *changed = 1 when the copy's last-write time differs from the one recorded (or none was),
+ * else 0. KQ_E_INVALIDARG for null arguments or a name that is not <key>-<name>. */
 kq_status KQCheckRuntimeMedium(const kq_char* working_copy, uint32_t* changed);
+/* Writes a changed copy back when flags ask for it (compressed again for ".adz"/".hdz"; the new
+ * image is written beside the old one and then takes its place), then deletes the copy and its
+ * record. When writing back fails, its status is returned and the copy and record stay for
+ * another try. reserved is ignored. */
+#define KQ_RUNTIME_MEDIUM_WRITE_BACK 0x0Fu     /* any of these bits */
+#define KQ_RUNTIME_MEDIUM_ASSUME_CHANGED 0x10u /* skip the time comparison */
 kq_status KQDismissRuntimeMedium(const kq_char* working_copy, void* reserved, uint32_t flags);
 kq_status KQGetEmptyMedium(kq_char** path, void* reserved, uint32_t must_be_zero);
 kq_status KQGetEmptyMedium2(kq_char** path, void* reserved, uint32_t must_be_zero,

@@ -14,12 +14,6 @@
 namespace kqhost {
 namespace {
 
-void print_status(const char* what, kq_status status) {
-    char line[120];
-    std::snprintf(line, sizeof line, "%s: 0x%08X\n", what, static_cast<unsigned>(status));
-    print(line);
-}
-
 // Prints a global-heap string that the DLL handed out and frees it as a host does; the exit
 // code follows the status.
 int print_and_free(kq_status status, kq_char* text) {

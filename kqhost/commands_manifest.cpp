@@ -12,7 +12,7 @@ namespace {
 using kq::manifest::Encoding;
 using kq::manifest::ManifestDocument;
 
-void print_status(const char* what, kq::HResult status) {
+void report_failure(const char* what, kq::HResult status) {
     char line[160];
     std::snprintf(line, sizeof line, "kqhost: %s (status 0x%08X)\n", what, static_cast<unsigned>(status));
     print_error(line);
@@ -29,7 +29,7 @@ int manifest(const Context& context) {
     if (const kq::HResult loaded = document.load_file(
             std::u16string_view(reinterpret_cast<const char16_t*>(file.data()), file.size()));
         loaded != kq::status::ok) {
-        print_status(("cannot load " + to_utf8(file)).c_str(), loaded);
+        report_failure(("cannot load " + to_utf8(file)).c_str(), loaded);
         return kExitFailure;
     }
     const std::wstring option = context.arguments.size() == 2 ? context.arguments[1] : L"--utf8";
@@ -38,7 +38,7 @@ int manifest(const Context& context) {
         const kq::HResult saved =
             document.save(option == L"--ascii" ? Encoding::ascii : Encoding::utf8, &text);
         if (saved != kq::status::ok) {
-            print_status("cannot write the manifest", saved);
+            report_failure("cannot write the manifest", saved);
             return kExitFailure;
         }
         print(text);
@@ -47,7 +47,7 @@ int manifest(const Context& context) {
     kq::manifest::Text text;
     const kq::HResult found = document.get_path_text(to_utf8(option), text);
     if (found != kq::status::ok) {
-        print_status(("no text at " + to_utf8(option)).c_str(), found);
+        report_failure(("no text at " + to_utf8(option)).c_str(), found);
         return kExitFailure;
     }
     print(std::wstring_view(reinterpret_cast<const wchar_t*>(text->data()), text->size()));

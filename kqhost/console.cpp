@@ -22,4 +22,11 @@ void print(std::wstring_view text) { print(to_utf8(text)); }
 
 void print_error(std::string_view utf8) { std::fwrite(utf8.data(), 1, utf8.size(), stderr); }
 
+void print_status(std::string_view what, long status) {
+    char code[16];
+    std::snprintf(code, sizeof code, ": 0x%08X\n", static_cast<unsigned>(status));
+    print(what);
+    print(code);
+}
+
 } // namespace kqhost

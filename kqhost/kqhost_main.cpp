@@ -17,8 +17,9 @@
 namespace kqhost {
 namespace {
 
-const std::array<std::span<const Command>, 5> kCommandFamilies{
-    module_commands(), option_commands(), configuration_commands(), keyboard_commands(), manifest_commands()};
+const std::array<std::span<const Command>, 6> kCommandFamilies{
+    module_commands(), option_commands(), configuration_commands(), keyboard_commands(), media_commands(),
+    manifest_commands()};
 
 const Command* find_command(std::wstring_view name) {
     for (std::span<const Command> family : kCommandFamilies)
