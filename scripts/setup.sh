@@ -20,6 +20,8 @@ packages=(
   g++ libxml2-dev zlib1g-dev libgtest-dev googletest libbenchmark-dev
   # fuzzing and sanitizers with clang
   clang lld libclang-rt-14-dev
+  # independent tools that the tests and benchmarks check the media code against
+  gzip zip 7zip
 )
 missing=()
 for p in "${packages[@]}"; do

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <fstream>
+#include <iterator>
 
 #ifdef _WIN32
 #include <windows.h>
@@ -36,6 +37,20 @@ TempFolder::TempFolder() {
 TempFolder::~TempFolder() {
     std::error_code ignored;
     std::filesystem::remove_all(root_, ignored);
+}
+
+std::filesystem::path to_fs_path(std::u16string_view module_path) {
+    std::u16string path(module_path);
+#ifndef _WIN32
+    for (char16_t& c : path)
+        if (c == u'\\') c = u'/';
+#endif
+    return std::filesystem::path(path);
+}
+
+std::string read_file(const std::filesystem::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
 }
 
 std::u16string TempFolder::path(std::u16string_view relative) const {

@@ -9,6 +9,11 @@
 
 namespace kq::test {
 
+// A module path (Windows form) as a path for the test's own file access.
+std::filesystem::path to_fs_path(std::u16string_view module_path);
+// A file's whole content; empty when it cannot be read.
+std::string read_file(const std::filesystem::path& path);
+
 class TempFolder {
 public:
     TempFolder();
