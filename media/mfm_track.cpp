@@ -8,9 +8,9 @@ namespace {
 
 constexpr std::uint32_t kSync = 0x4489;
 constexpr std::uint32_t kDataBits = 0x55555555;
-// A sector after its sync words: info (2 longs), label (8), header checksum (2), data
-// checksum (2) and data (256), in raw MFM longs.
-constexpr std::size_t kInfoLong = 0, kLabelLong = 2, kHeaderSumLong = 10, kDataSumLong = 12, kDataLong = 14;
+// A sector after its sync words, in raw MFM longs: info (2 longs from 0), label (8 from 2,
+// covered by the header checksum only), header checksum (2), data checksum (2), data (256).
+constexpr std::size_t kInfoLong = 0, kHeaderSumLong = 10, kDataSumLong = 12, kDataLong = 14;
 constexpr std::size_t kSectorLongs = 270;
 constexpr std::size_t kSectorBits = kSectorLongs * 32;
 constexpr int kMaxRepeatedSyncs = 8;
