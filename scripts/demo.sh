@@ -42,3 +42,15 @@ kqhost layout "$image"
 kqhost type --layout en-us 'Hello, Amiga!\n'
 kqhost combo --layout en-us "CONTROL+LEFT AMIGA+RIGHT AMIGA"
 kqhost button-name 16 4
+# A working copy of a compressed floppy image: made (inflated) for the emulator, checked for
+# changes, and dismissed with its changes written back (compressed again).
+mkdir -p build/win64/demo
+python3 -c "import sys; sys.stdout.buffer.write((b'AmigaDOS demo disk ' * 48000)[:901120])" > build/win64/demo/Demo.adf
+demo_folder="Z:$(printf '%s' "$KQ_ROOT/build/win64/demo" | tr / '\\')"
+kqhost deflate "$demo_folder\\Demo.adf" "$demo_folder\\Demo.adz"
+echo "\$ kqhost runtime get $demo_folder\\Demo.adz"
+copy=$("$here/wine-run.sh" build/win64/bin/kqhost.exe runtime get "$demo_folder\\Demo.adz" | tr -d '\r' | tee /dev/stderr | head -n 1)
+echo
+kqhost runtime check "$copy"
+kqhost runtime dismiss "$copy" --write-back --assume-changed
+gzip -lN build/win64/demo/Demo.adz
