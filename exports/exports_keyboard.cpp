@@ -2,6 +2,7 @@
 // controller button names. The first five return their status in a 64-bit value.
 
 #include "exports/export_text.h"
+#include "platform/system_error.h"
 #include "input/buttons.h"
 #include "input/key_names.h"
 #include "input/key_translation.h"
@@ -67,7 +68,7 @@ extern "C" kq_status KQGetKeyboardLayout(uint32_t, const uint8_t* keymap, uint32
     if (keymap == nullptr || keymap_bytes == 0 || buffer == nullptr || buffer_chars == 0) return KQ_E_INVALIDARG;
     return kq::guard([&] {
         const std::u16string text = kq::input::keyboard_layout_text(std::span(keymap, keymap_bytes));
-        if (text.size() >= buffer_chars) return kq::status::from_win32(kq::win32_error::buffer_overflow);
+        if (text.size() >= buffer_chars) return kq::status::from_win32(kq::platform::system_error::buffer_overflow);
         std::ranges::copy(text, reinterpret_cast<char16_t*>(buffer));
         buffer[text.size()] = 0;
         return kq::status::ok;
@@ -80,7 +81,7 @@ extern "C" kq_status KQGetKeyDisplayName(const kq_char* key_text, const kq_char*
     return kq::guard([&] {
         const kq::input::ScopedKeyboardInputData record;
         if (!kq::input::fill_keyboard_input_data(record.get(), chars(system_id), chars(layout_id), {}, key_a, key_b, 0))
-            return kq::status::from_win32(kq::win32_error::not_found);
+            return kq::status::from_win32(kq::platform::system_error::not_found);
         return kq::input::key_display_name(record.get(), kq::text_view(key_text),
                                            std::span(reinterpret_cast<char16_t*>(buffer), buffer_chars));
     });

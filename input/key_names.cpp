@@ -1,4 +1,5 @@
 #include "input/key_names.h"
+#include "platform/system_error.h"
 
 #include "input/key_tokens.h"
 #include "module/message_format.h"
@@ -101,8 +102,8 @@ std::optional<std::u16string> raw_key_label(const KeyboardInputData& record, std
 }
 
 HResult key_display_name(const KeyboardInputData& record, std::u16string_view text, std::span<char16_t> buffer) {
-    constexpr HResult kInsufficientBuffer = status::from_win32(win32_error::buffer_overflow);
-    constexpr HResult kNotFound = status::from_win32(win32_error::not_found);
+    constexpr HResult kInsufficientBuffer = status::from_win32(platform::system_error::buffer_overflow);
+    constexpr HResult kNotFound = status::from_win32(platform::system_error::not_found);
     NameWriter writer(buffer);
     while (!text.empty()) {
         if (text.front() == u'+' && text.size() > 1) {

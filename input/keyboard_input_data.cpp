@@ -1,4 +1,5 @@
 #include "input/keyboard_input_data.h"
+#include "platform/system_error.h"
 
 #include "input/keyboard_settings.h"
 #include "platform/heap.h"
@@ -74,7 +75,7 @@ HResult make_keyboard_input_data(KeyboardInputData** record, const char16_t* sys
     try {
         if (!fill_keyboard_input_data(*fresh, system_id, layout_id, image, key_a, key_b, key_c)) {
             free_keyboard_tables(*fresh);
-            return status::from_win32(win32_error::not_found);
+            return status::from_win32(platform::system_error::not_found);
         }
     } catch (...) {
         free_keyboard_tables(*fresh);

@@ -1,5 +1,6 @@
 #include "media/deflate.h"
 
+#include "common/byte_order.h"
 #include "common/path_text.h"
 
 #include <zlib.h>
@@ -26,10 +27,6 @@ bool write_all(ByteSink& sink, std::span<const std::byte> bytes) {
 }
 
 std::span<const std::byte> as_bytes(const std::string& text) { return std::as_bytes(std::span(text)); }
-
-void put_le32(std::string& out, std::uint32_t value) {
-    for (int shift = 0; shift < 32; shift += 8) out.push_back(static_cast<char>(value >> shift & 0xFF));
-}
 
 struct DeflateEnd {
     void operator()(z_stream* stream) const { deflateEnd(stream); }
@@ -87,10 +84,10 @@ HResult deflate(ByteSource& image, platform::FileTime written, std::u16string_vi
         } while (stream.avail_out == 0);
     }
 
-    std::string trailer;
-    put_le32(trailer, static_cast<std::uint32_t>(crc));
-    put_le32(trailer, size);
-    if (!write_all(compressed, as_bytes(trailer)) || !compressed.flush()) return io_failure();
+    std::array<std::byte, 8> trailer{};
+    store_le32(&trailer[0], static_cast<std::uint32_t>(crc));
+    store_le32(&trailer[4], size);
+    if (!write_all(compressed, trailer) || !compressed.flush()) return io_failure();
     return status::ok;
 }
 

@@ -1,5 +1,6 @@
 #include "media/extended_adf.h"
 
+#include "common/byte_order.h"
 #include "media/mfm_track.h"
 
 #include <algorithm>
@@ -19,15 +20,6 @@ constexpr std::uint32_t kOlderDataOffset = 648;  // 8 + 160 × 4
 constexpr std::uint32_t kLongTrackBytes = 20000;
 constexpr std::uint32_t kInvalidData = platform::system_error::invalid_data;
 
-std::uint32_t byte_at(std::span<const std::byte> bytes, std::size_t index) {
-    return std::to_integer<std::uint32_t>(bytes[index]);
-}
-std::uint32_t be16(std::span<const std::byte> bytes, std::size_t at) {
-    return byte_at(bytes, at) << 8 | byte_at(bytes, at + 1);
-}
-std::uint32_t be24(std::span<const std::byte> bytes, std::size_t at) {
-    return byte_at(bytes, at) << 16 | be16(bytes, at + 1);
-}
 
 bool starts_with(std::span<const std::byte> bytes, const std::array<char, 8>& signature) {
     return bytes.size() >= signature.size() && std::memcmp(bytes.data(), signature.data(), signature.size()) == 0;
@@ -91,7 +83,7 @@ HResult read_extended_adf_table(ByteSource& source, ExtendedAdfTable& table) {
     const bool newer = starts_with(header, kNewerSignature);
     if (!newer && !starts_with(header, kOlderSignature)) return status::from_win32(kInvalidData);
 
-    const std::uint32_t count = newer ? be16(header, 10) : kOlderTrackCount;
+    const std::uint32_t count = newer ? load_be16(&header[10]) : kOlderTrackCount;
     if (count == 0) return status::from_win32(kInvalidData);
     const std::size_t entry_bytes = newer ? kNewerEntryBytes : kOlderEntryBytes;
     std::vector<std::byte> entries(count * entry_bytes);
@@ -107,9 +99,10 @@ HResult read_extended_adf_table(ByteSource& source, ExtendedAdfTable& table) {
         const std::span<const std::byte> entry = std::span(entries).subspan(i * entry_bytes, entry_bytes);
         ExtendedAdfTrack& track = tracks[i];
         if (newer) {
-            track = {byte_at(entry, 3), byte_at(entry, 2) + 1, be24(entry, 5), be24(entry, 9), offset};
+            track = {byte_value(entry.data(), 3), byte_value(entry.data(), 2) + 1, load_be24(&entry[5]), load_be24(&entry[9]),
+                     offset};
         } else {
-            track = {kTrackTypeDecoded, 1, be16(entry, 2), 0, offset};
+            track = {kTrackTypeDecoded, 1, load_be16(&entry[2]), 0, offset};
         }
         offset += track.byte_length;
         if (track.byte_length > kLongTrackBytes) long_tracks = 1;

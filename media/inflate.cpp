@@ -1,5 +1,6 @@
 #include "media/inflate.h"
 
+#include "common/byte_order.h"
 #include "media/deflate64.h"
 #include "media/inflate_output.h"
 #include "media/input_buffer.h"
@@ -16,12 +17,6 @@ namespace {
 
 constexpr std::uint8_t kGzipMethodDeflate = 8, kMethodDeflate64 = 9, kZipMethodStored = 0;
 
-std::uint32_t le16(const std::byte* p) {
-    return std::to_integer<std::uint32_t>(p[0]) | std::to_integer<std::uint32_t>(p[1]) << 8;
-}
-std::uint32_t le32(const std::byte* p) { return le16(p) | le16(p + 2) << 16; }
-
-std::uint64_t le64(const std::byte* p) { return le32(p) | static_cast<std::uint64_t>(le32(p + 4)) << 32; }
 
 constexpr std::uint32_t kZip64Tag = 0x0001;
 constexpr std::uint32_t kZip64Marker = 0xFFFFFFFF;
@@ -40,14 +35,14 @@ struct Entry {
 // marks with 0xFFFFFFFF, uncompressed first.
 void read_zip64_sizes(std::span<const std::byte> extra, Entry& entry) {
     while (extra.size() >= 4) {
-        const std::uint32_t tag = le16(&extra[0]), length = le16(&extra[2]);
+        const std::uint32_t tag = load_le16(&extra[0]), length = load_le16(&extra[2]);
         const std::span<const std::byte> data = extra.subspan(4, std::min<std::size_t>(length, extra.size() - 4));
         if (tag == kZip64Tag) {
             entry.zip64 = true;
             std::size_t at = 0;
             for (std::uint64_t* size : {&entry.size, &entry.compressed_size}) {
                 if (*size != kZip64Marker || at + 8 > data.size()) continue;
-                *size = le64(&data[at]);
+                *size = load_le64(&data[at]);
                 at += 8;
             }
         }
@@ -63,15 +58,15 @@ InflateError read_header(InputBuffer& in, Entry& entry) {
         if (in.read(header) != header.size() || header[0] != std::byte{3} || header[1] != std::byte{4})
             return InflateError::broken_zip_header;
         entry.zip = true;
-        const std::uint32_t flags = le16(&header[4]);
-        entry.method = le16(&header[6]);
-        entry.crc = le32(&header[12]);
-        entry.compressed_size = le32(&header[16]);
-        entry.size = le32(&header[20]);
+        const std::uint32_t flags = load_le16(&header[4]);
+        entry.method = load_le16(&header[6]);
+        entry.crc = load_le32(&header[12]);
+        entry.compressed_size = load_le32(&header[16]);
+        entry.size = load_le32(&header[20]);
         if (entry.method != kZipMethodStored && entry.method != kGzipMethodDeflate && entry.method != kMethodDeflate64)
             return InflateError::zip_method;
-        in.skip(le16(&header[24]));  // the name
-        std::vector<std::byte> extra(le16(&header[26]));
+        in.skip(load_le16(&header[24]));  // the name
+        std::vector<std::byte> extra(load_le16(&header[26]));
         extra.resize(in.read(extra));
         read_zip64_sizes(extra, entry);
         entry.encrypted = (flags & 0x01) != 0;
@@ -86,7 +81,7 @@ InflateError read_header(InputBuffer& in, Entry& entry) {
     if (flags & 0x02) return InflateError::multipart;
     if (flags & 0x04) {
         std::array<std::byte, 2> length{};
-        in.skip(in.read(length) == 2 ? le16(length.data()) : 0);
+        in.skip(in.read(length) == 2 ? load_le16(length.data()) : 0);
     }
     if (flags & 0x08) in.skip_past_zero();
     if (flags & 0x10) in.skip_past_zero();
@@ -162,15 +157,15 @@ InflateError inflate(ByteSource& compressed, ByteSink& image) {
     if (!entry.zip) {
         std::array<std::byte, 8> trailer{};
         if (in.read(trailer) != trailer.size()) return InflateError::gzip_trailer_missing;
-        crc = le32(&trailer[0]);
-        size = le32(&trailer[4]);
+        crc = load_le32(&trailer[0]);
+        size = load_le32(&trailer[4]);
     } else if (entry.zip_descriptor) {
         // Signature, CRC-32, compressed and uncompressed size (32 bits each, or 64 in ZIP64).
         std::array<std::byte, 24> descriptor{};
         const std::size_t length = entry.zip64 ? 24 : 16;
         if (in.read(std::span(descriptor).first(length)) != length) return InflateError::zip_descriptor_missing;
-        crc = le32(&descriptor[4]);
-        size = le32(&descriptor[entry.zip64 ? 16 : 12]);
+        crc = load_le32(&descriptor[4]);
+        size = load_le32(&descriptor[entry.zip64 ? 16 : 12]);
     }
     if (out.crc() != crc) return InflateError::crc_mismatch;
     if (static_cast<std::uint32_t>(out.total()) != size) return InflateError::size_mismatch;

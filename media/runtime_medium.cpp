@@ -1,5 +1,6 @@
 #include "media/runtime_medium.h"
 
+#include "common/byte_order.h"
 #include "common/compare.h"
 #include "common/path_text.h"
 #include "media/deflate.h"
@@ -68,7 +69,7 @@ HResult write_record(std::u16string_view record_path, platform::FileTime time, s
     std::optional<platform::File> record = platform::File::create(record_path);
     if (!record) return system_failure();
     std::array<std::byte, kRecordTimeBytes> time_bytes{};
-    for (std::size_t i = 0; i < time_bytes.size(); ++i) time_bytes[i] = std::byte(time >> (8 * i) & 0xFF);
+    store_le64(time_bytes.data(), time);
     const std::optional<std::size_t> written_time = record->write(time_bytes);
     if (!written_time || *written_time < time_bytes.size()) return system_failure();
 
@@ -111,17 +112,13 @@ HResult read_record(std::u16string_view record_path, Record& record, bool with_p
     std::array<std::byte, kRecordTimeBytes> time{};
     const std::optional<std::size_t> got_time = file->read(time);
     if (!got_time || *got_time != time.size()) return status::failed;
-    record.time = 0;
-    for (std::size_t i = 0; i < time.size(); ++i)
-        record.time |= static_cast<platform::FileTime>(std::to_integer<unsigned>(time[i])) << (8 * i);
+    record.time = load_le64(time.data());
     if (!with_path) return status::ok;
     std::array<std::byte, kMaxRecordPathBytes> path{};
     const std::optional<std::size_t> got_path = file->read(path);
     if (!got_path || *got_path < 2) return status::failed;
     record.image_path.clear();
-    for (std::size_t i = 0; i + 1 < *got_path; i += 2)
-        record.image_path.push_back(static_cast<char16_t>(std::to_integer<unsigned>(path[i]) |
-                                                          std::to_integer<unsigned>(path[i + 1]) << 8));
+    for (std::size_t i = 0; i + 1 < *got_path; i += 2) record.image_path.push_back(static_cast<char16_t>(load_le16(&path[i])));
     return status::ok;
 }
 

@@ -1,4 +1,5 @@
 #include "module/error_report.h"
+#include "platform/system_error.h"
 
 #include "module/host_folder.h"
 #include "module/host_library_link.h"
@@ -23,7 +24,7 @@ void show_report(std::u16string_view host_folder, void* parent_window, HResult c
         HostLibraryLink link(host_folder);
         link.show_error_message(kIpfContext,
                                 static_cast<std::uint32_t>(
-                                    status::from_win32(win32_error::dll_not_found)),
+                                    status::from_win32(platform::system_error::dll_not_found)),
                                 parent_window, text, 0);
         return;
     }

@@ -1,4 +1,5 @@
 #include "module/host_library_link.h"
+#include "platform/system_error.h"
 
 #include "platform/named_mutex.h"
 
@@ -49,7 +50,7 @@ HResult HostLibraryLink::show_error_message(std::u16string_view context, std::ui
                                             std::uint32_t flags) {
     // The host library gets its own copies of the texts, terminated.
     const std::u16string context_copy(context), text_copy(text);
-    return call_locked("KQShowErrorMessage2", status::from_win32(win32_error::invalid_dll),
+    return call_locked("KQShowErrorMessage2", status::from_win32(platform::system_error::invalid_dll),
                        [&](platform::Library::Procedure function) {
                            return reinterpret_cast<ShowErrorMessage2>(function)(
                                instance_, context_copy.c_str(), error_code, parent_window,
@@ -59,7 +60,7 @@ HResult HostLibraryLink::show_error_message(std::u16string_view context, std::ui
 
 HResult HostLibraryLink::close() {
     if (instance_ == 0) return status::ok;
-    return call_locked("KQCloseLibrary", status::from_win32(win32_error::dll_not_found),
+    return call_locked("KQCloseLibrary", status::from_win32(platform::system_error::dll_not_found),
                        [&](platform::Library::Procedure function) {
                            return reinterpret_cast<CloseLibrary>(function)(instance_);
                        });

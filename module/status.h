@@ -38,13 +38,4 @@ constexpr bool succeeded(HResult status) { return status >= 0; }
 
 } // namespace status
 
-// Windows error codes that the module reports, wrapped with status::from_win32.
-namespace win32_error {
-inline constexpr std::uint32_t file_not_found = 2;
-inline constexpr std::uint32_t buffer_overflow = 111;  // also "insufficient buffer"
-inline constexpr std::uint32_t invalid_dll = 1154;
-inline constexpr std::uint32_t dll_not_found = 1157;
-inline constexpr std::uint32_t not_found = 1168;
-} // namespace win32_error
-
 } // namespace kq

@@ -14,8 +14,10 @@ SystemError last_system_error() noexcept;
 
 namespace system_error {
 inline constexpr SystemError file_not_found = 2, path_not_found = 3, access_denied = 5, invalid_data = 13,
-                             file_exists = 80, buffer_overflow = 111, already_exists = 183,
-                             too_many_names = 68;
+                             too_many_names = 68, file_exists = 80, invalid_parameter = 87,
+                             buffer_overflow = 111,  // also "insufficient buffer"
+                             already_exists = 183, invalid_dll = 1154, dll_not_found = 1157,
+                             not_found = 1168;
 } // namespace system_error
 
 } // namespace kq::platform

@@ -1,4 +1,5 @@
 #include "module/guard.h"
+#include "platform/system_error.h"
 
 #include <gtest/gtest.h>
 
@@ -16,9 +17,9 @@ TEST(Guard, TurnsEveryExceptionIntoAStatus) {
 
 TEST(Status, Win32CodesAndFacilities) {
     EXPECT_EQ(status::from_win32(0), status::ok);
-    EXPECT_EQ(static_cast<std::uint32_t>(status::from_win32(win32_error::dll_not_found)),
+    EXPECT_EQ(static_cast<std::uint32_t>(status::from_win32(platform::system_error::dll_not_found)),
               0x80070485u);
-    EXPECT_EQ(static_cast<std::uint32_t>(status::from_win32(win32_error::not_found)), 0x80070490u);
+    EXPECT_EQ(static_cast<std::uint32_t>(status::from_win32(platform::system_error::not_found)), 0x80070490u);
     EXPECT_EQ(status::facility(0x00040000), status::kFacilityInterface);
     EXPECT_EQ(status::facility(static_cast<HResult>(0x80040203u)), 4u);
     EXPECT_EQ(status::facility(status::failed), 0u);
