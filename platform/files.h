@@ -2,6 +2,7 @@
 // Files and folders of the host's file system, named by Windows paths (the native build maps
 // them to POSIX paths). Failures leave their reason in last_system_error().
 
+#include "platform/clock.h"
 #include "platform/system_error.h"
 
 #include <array>
@@ -20,9 +21,6 @@ namespace kq::platform {
 inline constexpr std::uint32_t kAttributeReadOnly = 0x1;
 inline constexpr std::uint32_t kAttributeHidden = 0x2;
 inline constexpr std::uint32_t kAttributeDirectory = 0x10;
-
-// A time as Windows keeps it for files: 100-ns ticks since 1601-01-01 UTC.
-using FileTime = std::uint64_t;
 
 // The attributes of a file or folder; nullopt when they cannot be read (it does not exist).
 std::optional<std::uint32_t> file_attributes(std::u16string_view path);
@@ -78,6 +76,16 @@ SystemError remove_folder(std::u16string_view path);  // only an empty folder
 
 // The per-user temporary folder (at most 260 characters, normally ending in "\").
 std::optional<std::u16string> temp_folder();
+// The temporary name that the system forms in `folder` from up to three characters of
+// `prefix` and a 16-bit number (GetTempFileName; "AEM1A2B.tmp"), without creating anything.
+// nullopt when the service fails. Number 0 is not allowed: it would make the system create a
+// file of its own choosing.
+std::optional<std::u16string> temp_file_name(std::u16string_view folder, std::u16string_view prefix,
+                                             std::uint16_t number);
+
+// The short (8.3) alternative name of the file or folder at `path` (its last element only):
+// empty when it has none; nullopt when it cannot be looked up.
+std::optional<std::u16string> short_name_of(std::u16string_view path);
 
 struct Guid {
     std::uint32_t data1;

@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <mutex>
@@ -250,6 +251,29 @@ std::optional<std::u16string> temp_folder() {
     std::string folder = tmp != nullptr && *tmp != '\0' ? tmp : "/tmp";
     if (folder.back() != '/') folder += '/';
     return utf8_to_utf16(folder);
+}
+
+std::optional<std::u16string> temp_file_name(std::u16string_view folder, std::u16string_view prefix,
+                                             std::uint16_t number) {
+    if (number == 0) {
+        t_last_error = 87;  // ERROR_INVALID_PARAMETER
+        return std::nullopt;
+    }
+    std::u16string name(folder);
+    if (!name.empty() && name.back() != u'\\' && name.back() != u'/') name += u'\\';
+    name += prefix.substr(0, 3);
+    char digits[8];
+    std::snprintf(digits, sizeof digits, "%X", static_cast<unsigned>(number));
+    for (const char* c = digits; *c != 0; ++c) name += static_cast<char16_t>(*c);
+    name += u".tmp";
+    return name;
+}
+
+std::optional<std::u16string> short_name_of(std::u16string_view path) {
+    // Linux file systems keep no short names.
+    struct stat status{};
+    if (stat(native::to_posix_path(path).c_str(), &status) != 0) return fail(), std::nullopt;
+    return std::u16string();
 }
 
 std::optional<Guid> new_guid() {

@@ -152,6 +152,22 @@ std::optional<std::u16string> temp_folder() {
     return std::u16string(reinterpret_cast<const char16_t*>(path), length);
 }
 
+std::optional<std::u16string> temp_file_name(std::u16string_view folder, std::u16string_view prefix,
+                                             std::uint16_t number) {
+    if (number == 0) return std::nullopt;
+    wchar_t name[MAX_PATH];
+    if (GetTempFileNameW(terminated(folder).c_str(), terminated(prefix).c_str(), number, name) == 0) return std::nullopt;
+    return std::u16string(reinterpret_cast<const char16_t*>(name));
+}
+
+std::optional<std::u16string> short_name_of(std::u16string_view path) {
+    WIN32_FIND_DATAW entry;
+    HANDLE search = FindFirstFileW(terminated(path).c_str(), &entry);
+    if (search == INVALID_HANDLE_VALUE) return std::nullopt;
+    FindClose(search);
+    return std::u16string(reinterpret_cast<const char16_t*>(entry.cAlternateFileName));
+}
+
 std::optional<Guid> new_guid() {
     GUID guid;
     if (FAILED(CoCreateGuid(&guid))) return std::nullopt;
