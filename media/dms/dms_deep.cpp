@@ -1,0 +1,109 @@
+#include "media/dms/dms_modes.h"
+#include "media/dms/dms_prefix_code.h"
+
+#include <algorithm>
+
+namespace kq::media::dms {
+namespace {
+
+constexpr unsigned kWindowBytes = 16384;
+constexpr unsigned kGapAfterRecord = 60;
+constexpr unsigned kFirstMatchSymbol = 256;
+constexpr unsigned kMatchLengthBias = 253;  // symbol 256 is a match of 3 bytes
+
+} // namespace
+
+// Every symbol a leaf of weight 1, paired up from the bottom; node 626 is the root.
+void DeepTree::reset() {
+    for (unsigned s = 0; s < kSymbols; ++s) {
+        freq_[s] = 1;
+        child_[s] = static_cast<std::uint16_t>(s + kNodes);
+        parent_[s + kNodes] = static_cast<std::uint16_t>(s);
+    }
+    for (unsigned n = kSymbols, a = 0; n < kNodes; ++n, a += 2) {
+        freq_[n] = static_cast<std::uint16_t>(freq_[a] + freq_[a + 1]);
+        child_[n] = static_cast<std::uint16_t>(a);
+        parent_[a] = parent_[a + 1] = static_cast<std::uint16_t>(n);
+    }
+    freq_[kNodes] = 0xFFFF;
+    parent_[kRoot] = 0;
+}
+
+unsigned DeepTree::decode(BitReader& bits) {
+    unsigned node = child_[kRoot];
+    while (node < kNodes) {
+        bits.ensure(1);
+        node = child_[node + bits.peek(1)];
+        bits.skip(1);
+    }
+    const unsigned symbol = node - kNodes;
+    update(symbol);
+    return symbol;
+}
+
+// Adds one to the weight of the symbol's leaf and of every node above it; a node that would
+// pass the ones after it trades places with the last of those of its old weight, so that the
+// weights stay sorted.
+void DeepTree::update(unsigned symbol) {
+    if (freq_[kRoot] == kLimit) rebuild();
+    unsigned n = parent_[symbol + kNodes];
+    do {
+        const unsigned f = ++freq_[n];
+        if (f > freq_[n + 1]) {
+            unsigned m = n + 1;
+            while (f > freq_[m + 1]) ++m;
+            freq_[n] = freq_[m];
+            freq_[m] = static_cast<std::uint16_t>(f);
+            const unsigned a = child_[n], b = child_[m];
+            child_[m] = static_cast<std::uint16_t>(a);
+            parent_[a] = static_cast<std::uint16_t>(m);
+            if (a < kNodes) parent_[a + 1] = static_cast<std::uint16_t>(m);
+            child_[n] = static_cast<std::uint16_t>(b);
+            parent_[b] = static_cast<std::uint16_t>(n);
+            if (b < kNodes) parent_[b + 1] = static_cast<std::uint16_t>(n);
+            n = m;
+        }
+        n = parent_[n];
+    } while (n != 0);
+}
+
+// Halves every leaf's weight (rounding up) and builds the tree again from the leaves.
+void DeepTree::rebuild() {
+    unsigned j = 0;
+    for (unsigned i = 0; i < kNodes; ++i) {
+        if (child_[i] >= kNodes) {
+            freq_[j] = static_cast<std::uint16_t>((freq_[i] + 1) / 2);
+            child_[j] = child_[i];
+            ++j;
+        }
+    }
+    for (unsigned n = kSymbols, a = 0; n < kNodes; ++n, a += 2) {
+        const unsigned f = freq_[a] + freq_[a + 1];
+        unsigned k = n;
+        while (k > 0 && f < freq_[k - 1]) --k;
+        std::copy_backward(freq_.begin() + k, freq_.begin() + n, freq_.begin() + n + 1);
+        std::copy_backward(child_.begin() + k, child_.begin() + n, child_.begin() + n + 1);
+        freq_[k] = static_cast<std::uint16_t>(f);
+        child_[k] = static_cast<std::uint16_t>(a);
+    }
+    for (unsigned i = 0; i < kNodes; ++i) {
+        const unsigned c = child_[i];
+        parent_[c] = static_cast<std::uint16_t>(i);
+        if (c < kNodes) parent_[c + 1] = static_cast<std::uint16_t>(i);
+    }
+}
+
+void unpack_deep(BitReader& bits, LzWindow& window, DeepTree& tree, std::span<std::uint8_t> out) {
+    LzOutput output(window, kWindowBytes, window.deep, out);
+    while (!output.done()) {
+        const unsigned symbol = tree.decode(bits);
+        if (symbol < kFirstMatchSymbol) {
+            output.literal(static_cast<std::uint8_t>(symbol));
+        } else {
+            output.match(read_far_distance(bits), symbol - kMatchLengthBias);
+        }
+    }
+    window.deep = (output.position() + kGapAfterRecord) % kWindowBytes;
+}
+
+} // namespace kq::media::dms

@@ -1,0 +1,14 @@
+#pragma once
+// The run-length stage (simple mode, and the second stage of quick, medium, deep and, when
+// flagged, heavy): 0x90 introduces a run. 0x90 0x00 is a plain 0x90; 0x90 n v is n copies of v
+// (n = 1..254); 0x90 0xFF v hi lo is (hi × 256 + lo) copies of v.
+
+#include <cstdint>
+#include <span>
+
+namespace kq::media::dms {
+
+// Fills `out` exactly; false when the input ends first or a run passes the end of `out`.
+bool unpack_rle(std::span<const std::uint8_t> in, std::span<std::uint8_t> out);
+
+} // namespace kq::media::dms

@@ -1,0 +1,193 @@
+#include "media/dms/dms_unpacker.h"
+
+#include "media/dms/dms_archive.h"
+#include "media/dms/dms_checks.h"
+#include "media/dms/dms_record.h"
+#include "media/input_buffer.h"
+
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <new>
+
+namespace kq::media {
+namespace {
+
+using namespace dms;
+
+constexpr std::uint32_t kCylinders = 80;
+constexpr std::uint32_t kDoubleDensityCylinderBytes = 2 * 11 * 512;
+constexpr std::uint32_t kHighDensityCylinderBytes = 2 * 22 * 512;
+// Records numbered 80 and up are FILEID.DIZ text and banners; records of cylinders that
+// unpack to 2048 bytes or fewer are advertising boot blocks. None of them is unpacked.
+constexpr std::uint32_t kMaxExtraBytes = 2048;
+
+// Cylinders are collected and handed to the sink this many bytes at a time (8 double-density
+// cylinders, 4 high-density ones).
+constexpr std::size_t kOutputBytes = 4 * kHighDensityCylinderBytes;
+
+// Everything that one unpacking needs, allocated once.
+struct Workspace {
+    std::array<std::uint8_t, kMaxRecordBytes + kBitReaderPadding> packed{};
+    std::array<std::uint8_t, kMaxRecordBytes> stage1{};
+    std::array<std::uint8_t, kOutputBytes> output{};
+    DecoderState state;
+};
+
+// A source whose exceptions become read failures.
+class GuardedSource final : public ByteSource {
+public:
+    explicit GuardedSource(ByteSource& source) : source_(source) {}
+    std::optional<std::size_t> read(std::span<std::byte> buffer) override {
+        try {
+            return source_.read(buffer);
+        } catch (...) {
+            return std::nullopt;
+        }
+    }
+    bool seek(std::uint64_t offset) override {
+        try {
+            return source_.seek(offset);
+        } catch (...) {
+            return false;
+        }
+    }
+
+private:
+    ByteSource& source_;
+};
+
+// Writes the image in order, cylinder by cylinder through a buffer, and keeps it to 80
+// cylinders; the image ends with the last cylinder given. Records are unpacked straight into
+// the buffer.
+class ImageWriter {
+public:
+    ImageWriter(ByteSink& sink, std::span<std::uint8_t, kOutputBytes> buffer, std::uint32_t cylinder_bytes)
+        : sink_(sink), buffer_(buffer), cylinder_bytes_(cylinder_bytes) {}
+
+    std::uint32_t next_cylinder() const { return next_; }
+
+    // Room for cylinder `number` (not before next_cylinder()), after zeros for the cylinders
+    // passed over; empty when writing failed.
+    std::span<std::uint8_t> room_for(std::uint32_t number) {
+        if (!zeros_to(number)) return {};
+        return room();
+    }
+    // The cylinder in room_for()'s span is complete.
+    void commit() {
+        used_ += cylinder_bytes_;
+        ++next_;
+    }
+    // Writes what the buffer holds.
+    bool hand_on() {
+        if (used_ == 0) return true;
+        const std::span<const std::byte> bytes = std::as_bytes(buffer_.first(used_));
+        used_ = 0;
+        try {
+            const std::optional<std::size_t> written = sink_.write(bytes);
+            return written && *written == bytes.size();
+        } catch (...) {
+            return false;
+        }
+    }
+    // Everything written (as a file copy leaves it: to the system's cache, not forced to the disk).
+    bool finish() { return hand_on(); }
+
+private:
+    bool zeros_to(std::uint32_t number) {
+        for (; next_ < number; ++next_) {
+            const std::span<std::uint8_t> zeros = room();
+            if (zeros.empty()) return false;
+            std::fill(zeros.begin(), zeros.end(), std::uint8_t{0});
+            used_ += cylinder_bytes_;
+        }
+        return true;
+    }
+    // The next cylinder's place in the buffer, after writing the buffer out when it is full.
+    std::span<std::uint8_t> room() {
+        if (next_ >= kCylinders) return {};
+        if (used_ + cylinder_bytes_ > buffer_.size() && !hand_on()) return {};
+        return buffer_.subspan(used_, cylinder_bytes_);
+    }
+
+    ByteSink& sink_;
+    std::span<std::uint8_t, kOutputBytes> buffer_;
+    std::uint32_t cylinder_bytes_;
+    std::size_t used_ = 0;
+    std::uint32_t next_ = 0;
+};
+
+DmsError read_records(InputBuffer& in, Workspace& workspace, ImageWriter& writer, std::uint32_t cylinder_bytes) {
+    for (;;) {
+        std::array<std::uint8_t, kRecordHeaderBytes> record_bytes{};
+        const std::size_t got = in.read(std::as_writable_bytes(std::span(record_bytes)));
+        if (in.failed()) return DmsError::read_failed;
+        // Whatever follows the last record (text, zeros, nothing) ends the archive.
+        if (!starts_record(std::span(record_bytes).first(got))) return DmsError::none;
+        if (got < record_bytes.size()) return DmsError::record_header;
+        RecordHeader record;
+        if (const DmsError error = read_record_header(record_bytes, record); error != DmsError::none) return error;
+
+        const std::span<std::uint8_t> packed = std::span(workspace.packed).first(record.packed);
+        if (in.read(std::as_writable_bytes(packed)) != packed.size())
+            return in.failed() ? DmsError::read_failed : DmsError::record_data;
+        if (crc16(packed) != record.data_crc) return DmsError::record_data;
+        if (record.number >= kCylinders || record.unpacked <= kMaxExtraBytes) continue;
+
+        if (record.unpacked != cylinder_bytes) return DmsError::bad_record;
+        if (record.number < writer.next_cylinder()) return DmsError::track_order;
+        std::fill_n(workspace.packed.begin() + record.packed, kBitReaderPadding, std::uint8_t{0});
+        const std::span<std::uint8_t> cylinder = writer.room_for(record.number);
+        if (cylinder.empty()) return DmsError::write_failed;
+        if (const DmsError error = unpack_record(record, packed, workspace.state, workspace.stage1, cylinder);
+            error != DmsError::none)
+            return error;
+        writer.commit();
+    }
+}
+
+DmsError unpack(ByteSource& archive, ByteSink& image) {
+    GuardedSource source(archive);
+    InputBuffer in(source);
+    const auto workspace = std::make_unique<Workspace>();
+
+    std::array<std::uint8_t, kArchiveHeaderBytes> header_bytes{};
+    if (in.read(std::as_writable_bytes(std::span(header_bytes))) != header_bytes.size())
+        return in.failed() ? DmsError::read_failed : DmsError::not_dms;
+    ArchiveHeader header;
+    if (const DmsError error = read_archive_header(header_bytes, header); error != DmsError::none) return error;
+    if ((header.info & kInfoEncrypted) != 0) return DmsError::encrypted;
+    if ((header.info & kInfoPcDisk) != 0 || header.disk_type == kDiskTypeSingleFile) return DmsError::not_a_disk;
+
+    const std::uint32_t cylinder_bytes =
+        (header.info & kInfoHighDensity) != 0 ? kHighDensityCylinderBytes : kDoubleDensityCylinderBytes;
+    ImageWriter writer(image, workspace->output, cylinder_bytes);
+    if (const DmsError error = read_records(in, *workspace, writer, cylinder_bytes); error != DmsError::none) {
+        writer.hand_on();  // the cylinders unpacked before the failure
+        return error;
+    }
+    if (writer.next_cylinder() == 0) return DmsError::no_tracks;
+    return writer.finish() ? DmsError::none : DmsError::write_failed;
+}
+
+} // namespace
+
+DmsError unpack_dms(ByteSource& archive, ByteSink& image) {
+    try {
+        return unpack(archive, image);
+    } catch (const std::bad_alloc&) {
+        return DmsError::out_of_memory;
+    }
+}
+
+DmsError unpack_dms_file(std::u16string_view archive_path, std::u16string_view image_path) {
+    std::optional<platform::File> input = platform::File::open_for_reading(archive_path);
+    if (!input) return DmsError::input_unopened;
+    std::optional<platform::File> output = platform::File::create(image_path);
+    if (!output) return DmsError::output_uncreated;
+    FileSource source(*input);
+    FileSink sink(*output);
+    return unpack_dms(source, sink);
+}
+
+} // namespace kq::media
