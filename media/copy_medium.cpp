@@ -1,0 +1,187 @@
+#include "media/copy_medium.h"
+
+#include "common/compare.h"
+#include "common/path_text.h"
+#include "media/cue_sheet.h"
+#include "media/dms/dms_unpacker.h"
+#include "media/inflate.h"
+#include "platform/file_operations.h"
+#include "platform/files.h"
+#include "platform/text_conversion.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <vector>
+
+namespace kq::media {
+namespace {
+
+constexpr int kMaxNameNumber = 999;
+constexpr platform::SystemError kBadPathName = 161;  // ERROR_BAD_PATHNAME
+constexpr HResult kInvalidData = status::from_win32(platform::system_error::invalid_data);
+
+enum class Conversion { none, inflate, unpack_dms };
+
+bool has_non_ascii(std::u16string_view text) {
+    return std::any_of(text.begin(), text.end(), [](char16_t c) { return c > 0x7F; });
+}
+
+// Splits a file name at its last ".": the stem and the extension without its dot (none: empty
+// and no dot).
+struct NameParts {
+    std::u16string_view stem, extension;
+    bool has_dot;
+};
+NameParts split_name(std::u16string_view name) {
+    const std::size_t dot = name.rfind(u'.');
+    if (dot == std::u16string_view::npos) return {name, {}, false};
+    return {name.substr(0, dot), name.substr(dot + 1), true};
+}
+
+// With kCopyMediumConvert, the kind of unpacking by the name's extension, and the name after it.
+Conversion conversion_of(std::u16string& name) {
+    const NameParts parts = split_name(name);
+    if (!parts.has_dot) return Conversion::none;
+    const bool hdz = equal_ignoring_case(parts.extension, u"hdz");
+    const bool adz = equal_ignoring_case(parts.extension, u"adz");
+    const bool dms = equal_ignoring_case(parts.extension, u"dms");
+    if (!hdz && !adz && !dms) return Conversion::none;
+    name = std::u16string(parts.stem) + (hdz ? u".hdf" : u".adf");
+    return dms ? Conversion::unpack_dms : Conversion::inflate;
+}
+
+// The first free "stem.ext", "stem(2).ext" ... "stem(999).ext" in the folder.
+std::optional<std::u16string> unique_target(const std::u16string& folder, std::u16string_view name) {
+    const NameParts parts = split_name(name);
+    for (int n = 1; n <= kMaxNameNumber; ++n) {
+        std::u16string candidate = folder;
+        candidate += parts.stem;
+        if (n >= 2) {
+            char number[16];
+            std::snprintf(number, sizeof number, "(%d)", n);
+            for (const char* c = number; *c != 0; ++c) candidate += static_cast<char16_t>(*c);
+        }
+        if (parts.has_dot) {
+            candidate += u'.';
+            candidate += parts.extension;
+        }
+        if (!platform::file_attributes(candidate)) return candidate;
+    }
+    return std::nullopt;
+}
+
+void make_writable(std::u16string_view path) {
+    const std::optional<std::uint32_t> attributes = platform::file_attributes(path);
+    constexpr std::uint32_t kUnwanted = platform::kAttributeReadOnly | platform::kAttributeHidden;
+    if (attributes && (*attributes & kUnwanted) != 0) platform::set_file_attributes(path, *attributes & ~kUnwanted);
+}
+
+HResult copy_plain(std::u16string_view from, std::u16string_view to) {
+    if (const platform::SystemError error = platform::copy_file(from, to); error != 0) return status::from_win32(error);
+    make_writable(to);
+    return status::ok;
+}
+
+// The data files of a CUE sheet, from the sheet's folder into the target folder.
+HResult copy_cue_data_files(std::u16string_view sheet, const std::u16string& target_folder) {
+    std::vector<CueDataFile> files;
+    switch (read_cue_sheet_file(sheet, files)) {
+    case CueError::none: break;
+    case CueError::unsafe_name: return status::from_win32(kBadPathName);
+    case CueError::too_large: return kInvalidData;
+    case CueError::unreadable: return status::failure_from_win32(platform::last_system_error());
+    }
+    const std::u16string_view sheet_folder = sheet.substr(0, sheet.rfind(u'\\') + 1);
+    for (const CueDataFile& file : files) {
+        std::u16string from(sheet_folder);
+        from += file.relative_path;
+        if (const HResult copied = copy_plain(from, target_folder + file.file_name); copied != status::ok) return copied;
+    }
+    return status::ok;
+}
+
+} // namespace
+
+HResult ascii_safe_path(std::u16string_view path, std::u16string& safe) {
+    safe.clear();
+    if (!has_non_ascii(path)) {
+        safe = path;
+        return status::ok;
+    }
+    for (std::size_t start = 0; start <= path.size();) {
+        std::size_t end = path.find(u'\\', start);
+        if (end == std::u16string_view::npos) end = path.size();
+        const std::u16string_view element = path.substr(start, end - start);
+        std::u16string replacement(element);
+        if (has_non_ascii(element)) {
+            const std::optional<std::u16string> short_name = platform::short_name_of(path.substr(0, end));
+            if (!short_name) return status::failure_from_win32(platform::last_system_error());
+            if (!short_name->empty()) replacement = *short_name;
+        }
+        safe += replacement;
+        if (end < path.size()) safe += u'\\';
+        start = end + 1;
+    }
+    return status::ok;
+}
+
+std::u16string ascii_file_name(std::u16string_view file_name) {
+    std::u16string name = platform::best_fit_us_ascii(file_name);
+    std::replace(name.begin(), name.end(), u'?', u'_');
+    return name;
+}
+
+HResult copy_medium_file(std::u16string_view source_path, std::u16string_view target_folder, std::uint32_t flags,
+                         std::u16string& target) {
+    target.clear();
+    std::u16string source, folder;
+    if (const HResult safe = ascii_safe_path(source_path, source); safe != status::ok) return safe;
+    if (const HResult safe = ascii_safe_path(target_folder, folder); safe != status::ok) return safe;
+    folder = with_trailing_backslash(folder);
+
+    const std::size_t separator = source.rfind(u'\\');
+    if (separator == std::u16string::npos) return status::invalid_argument;
+    const std::u16string_view source_name = std::u16string_view(source).substr(separator + 1);
+    std::u16string name = ascii_file_name(source_name);
+    const Conversion conversion = (flags & kCopyMediumConvert) ? conversion_of(name) : Conversion::none;
+
+    std::u16string path = folder + name;
+    if (flags & kCopyMediumUniqueName) {
+        std::optional<std::u16string> free = unique_target(folder, name);
+        if (!free) return status::failed;
+        path = std::move(*free);
+    }
+    if ((flags & kCopyMediumSkipSameName) && file_name_of(path) == source_name) return status::nothing_more;
+    if (platform::file_attributes(path)) {
+        if (flags & kCopyMediumNoOverwrite) return status::from_win32(platform::system_error::file_exists);
+        make_writable(path);
+        if (const platform::SystemError error = platform::delete_file(path); error != 0) return status::from_win32(error);
+    }
+
+    HResult result = status::ok;
+    switch (conversion) {
+    case Conversion::inflate:
+        result = inflate_file(source, path) == InflateError::none ? status::ok : kInvalidData;
+        break;
+    case Conversion::unpack_dms:
+        result = unpack_dms_file(source, path) == DmsError::none ? status::ok : kInvalidData;
+        break;
+    case Conversion::none:
+        result = copy_plain(source, path);
+        if (result == status::ok && ends_with_ignoring_case(source_name, u".cue"))
+            result = copy_cue_data_files(source, folder);
+        break;
+    }
+    if (conversion != Conversion::none) {
+        if (result != status::ok) {
+            platform::delete_file_robustly(path);  // no half-unpacked image is left
+            return result;
+        }
+        make_writable(path);
+    }
+    if (result != status::ok) return result;
+    target = std::move(path);
+    return status::ok;
+}
+
+} // namespace kq::media
