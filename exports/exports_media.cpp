@@ -3,7 +3,10 @@
 
 #include "exports/export_text.h"
 #include "kq_amiga.h"
+#include "media/copy_medium.h"
+#include "media/empty_medium.h"
 #include "media/runtime_medium.h"
+#include "module/host_text.h"
 #include "module/guard.h"
 
 extern "C" kq_status KQGetRuntimeMedium(const kq_char* image_path, const kq_char* alternate_folder,
@@ -38,14 +41,46 @@ extern "C" kq_status KQDismissRuntimeMedium(const kq_char* working_copy, void*, 
     return kq::guard([&] { return kq::media::dismiss_runtime_medium(kq::text_view(working_copy), flags); });
 }
 
-extern "C" kq_status KQGetEmptyMedium(kq_char**, void*, uint32_t) { return KQ_E_NOTIMPL; }
-extern "C" kq_status KQGetEmptyMedium2(kq_char**, void*, uint32_t, uint32_t) {
-    return KQ_E_NOTIMPL;
+extern "C" kq_status KQGetEmptyMedium2(kq_char** path, void*, uint32_t must_be_zero, uint32_t kind) {
+    if (path != nullptr) *path = nullptr;
+    return kq::guard([&] {
+        std::u16string made;
+        const kq::HResult result = kq::media::make_empty_medium(must_be_zero, kind, path != nullptr ? &made : nullptr);
+        if (result != kq::status::ok || path == nullptr) return result;
+        char16_t* text = kq::copy_text_to_heap(kq::platform::Heap::global, made);
+        if (text == nullptr) {
+            kq::media::free_empty_medium(made);
+            return kq::status::out_of_memory;
+        }
+        *path = reinterpret_cast<kq_char*>(text);
+        return kq::status::ok;
+    });
 }
-extern "C" kq_status KQFreeEmptyMedium(kq_char*) { return KQ_E_NOTIMPL; }
-extern "C" kq_status KQCopyMediumFile(const kq_char*, const kq_char*, uint32_t, kq_char*,
-                                      uint32_t) {
-    return KQ_E_NOTIMPL;
+
+extern "C" kq_status KQGetEmptyMedium(kq_char** path, void* reserved, uint32_t must_be_zero) {
+    return KQGetEmptyMedium2(path, reserved, must_be_zero, 0);
+}
+
+extern "C" kq_status KQFreeEmptyMedium(kq_char* path) {
+    if (path == nullptr) return KQ_S_OK;
+    kq::guard([&] {
+        kq::media::free_empty_medium(kq::text_view(path));
+        return kq::status::ok;
+    });
+    kq::platform::heap_free(kq::platform::Heap::global, path);
+    return KQ_S_OK;
+}
+
+extern "C" kq_status KQCopyMediumFile(const kq_char* source, const kq_char* target_folder, uint32_t flags,
+                                      kq_char* buffer, uint32_t buffer_chars) {
+    if (source == nullptr || target_folder == nullptr || buffer == nullptr || buffer_chars == 0) return KQ_E_INVALIDARG;
+    return kq::guard([&] {
+        std::u16string target;
+        const kq::HResult result =
+            kq::media::copy_medium_file(kq::text_view(source), kq::text_view(target_folder), flags, target);
+        if (result == kq::status::ok) kq::copy_truncated(target, buffer, buffer_chars);
+        return result;
+    });
 }
 extern "C" kq_status KQGetVolumeName(const kq_char*, kq_char*, uint32_t) { return KQ_E_NOTIMPL; }
 extern "C" kq_status KQBootTag(const char*, const kq_char*, uint32_t, kq_char**) {

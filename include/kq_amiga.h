@@ -207,10 +207,34 @@ kq_status KQCheckRuntimeMedium(const kq_char* working_copy, uint32_t* changed);
 #define KQ_RUNTIME_MEDIUM_WRITE_BACK 0x0Fu     /* any of these bits */
 #define KQ_RUNTIME_MEDIUM_ASSUME_CHANGED 0x10u /* skip the time comparison */
 kq_status KQDismissRuntimeMedium(const kq_char* working_copy, void* reserved, uint32_t flags);
+/* Empty media: a blank, formatted OFS floppy image (kind 0: 880 KB "a-dd-ofs-empty.adf",
+ * kind 1: 1,760 KB "a-hd-ofs-empty.adf"; only the low byte of kind counts) copied from the
+ * templates in "Tessary" beside the DLL into a new folder of its own in the temporary folder
+ * (AEMxxxx.tmp), its volume dated now (local time). *path receives the image's path from the
+ * global heap; release it with KQFreeEmptyMedium only, which deletes the image and its folder.
+ * A null path only checks that the template is there. KQ_E_INVALIDARG for a non-zero
+ * must_be_zero or another kind, KQ_STATUS_FROM_WIN32(1168) when the template is missing,
+ * KQ_STATUS_FROM_WIN32(111) for a temporary folder too deep, else the file system's error (and
+ * nothing is left behind). KQGetEmptyMedium is kind 0. */
 kq_status KQGetEmptyMedium(kq_char** path, void* reserved, uint32_t must_be_zero);
 kq_status KQGetEmptyMedium2(kq_char** path, void* reserved, uint32_t must_be_zero,
                             uint32_t kind);
+/* Always KQ_S_OK; a null path does nothing. */
 kq_status KQFreeEmptyMedium(kq_char* path);
+/* Copies a medium file into target_folder under a US-ASCII name (elements of either path with
+ * other characters are replaced by their short names where they have one; the file name is
+ * converted with "_" for what has no ASCII form) and writes the target's path into buffer
+ * (truncated to buffer_chars - 1 characters and a NUL). The copy is writable. A ".cue" sheet
+ * takes the data files it names along (into the same folder under their own names; a sheet
+ * that names a file outside its folder is refused with KQ_STATUS_FROM_WIN32(161)).
+ * KQ_S_FALSE: nothing copied (KQ_COPY_MEDIUM_SKIP_SAME_NAME). KQ_E_INVALIDARG for a null
+ * argument, a zero buffer_chars or a source without "\"; KQ_E_FAIL when no free name is left;
+ * KQ_STATUS_FROM_WIN32(80) when the target exists under KQ_COPY_MEDIUM_NO_OVERWRITE;
+ * KQ_STATUS_FROM_WIN32(13) when unpacking fails (nothing is left); else the file system's error. */
+#define KQ_COPY_MEDIUM_CONVERT 0x1u        /* unpack .adz and .dms into .adf, .hdz into .hdf */
+#define KQ_COPY_MEDIUM_NO_OVERWRITE 0x2u   /* fail instead of replacing an existing target */
+#define KQ_COPY_MEDIUM_UNIQUE_NAME 0x4u    /* take Name(2).ext, Name(3).ext ... when Name.ext exists */
+#define KQ_COPY_MEDIUM_SKIP_SAME_NAME 0x8u /* do nothing when the name would not change */
 kq_status KQCopyMediumFile(const kq_char* source, const kq_char* target_folder, uint32_t flags,
                            kq_char* buffer, uint32_t buffer_chars);
 kq_status KQGetVolumeName(const kq_char* image_path, kq_char* buffer, uint32_t buffer_chars);

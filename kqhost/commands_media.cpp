@@ -1,14 +1,17 @@
-// Commands of disk images: runtime working copies through the DLL's exports, and the
-// compressed-image containers through the module's media code itself.
+// Commands of disk images: runtime working copies, empty media and medium copies through the
+// DLL's exports; the compressed-image containers and DMS archives through the module's media
+// code itself.
 
 #include "kq_amiga.h"
 #include "kqhost/command.h"
 #include "kqhost/console.h"
 #include "media/deflate.h"
+#include "media/dms/dms_unpacker.h"
 #include "media/inflate.h"
 
 #include <algorithm>
 #include <cstdio>
+#include <cwchar>
 #include <string>
 
 namespace kqhost {
@@ -134,6 +137,76 @@ int deflate(const Context& context) {
     return kExitFailure;
 }
 
+// empty-medium [dd|hd]
+int empty_medium(const Context& context) {
+    const std::wstring kind = context.arguments.empty() ? L"dd" : context.arguments[0];
+    if (context.arguments.size() > 1 || (kind != L"dd" && kind != L"hd")) {
+        print_error("usage: kqhost empty-medium [dd|hd]\n");
+        return kExitUsage;
+    }
+    const auto get = find_export<decltype(KQGetEmptyMedium2)>(context.module, "KQGetEmptyMedium2");
+    const auto release = find_export<decltype(KQFreeEmptyMedium)>(context.module, "KQFreeEmptyMedium");
+    if (get == nullptr || release == nullptr) {
+        print_error("kqhost: the DLL has no KQGetEmptyMedium2/KQFreeEmptyMedium\n");
+        return kExitFailure;
+    }
+    kq_char* path = nullptr;
+    const kq_status status = get(&path, nullptr, 0, kind == L"hd" ? 1 : 0);
+    if (status == KQ_S_OK) {
+        const HANDLE file = CreateFileW(path, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
+        LARGE_INTEGER size{};
+        if (file != INVALID_HANDLE_VALUE) {
+            GetFileSizeEx(file, &size);
+            CloseHandle(file);
+        }
+        print(std::wstring_view(path));
+        char line[64];
+        std::snprintf(line, sizeof line, " (%lld bytes)\n", static_cast<long long>(size.QuadPart));
+        print(line);
+        release(path);  // the image and its folder go again
+    }
+    print_status("KQGetEmptyMedium2", status);
+    return status == KQ_S_OK ? kExitOk : kExitFailure;
+}
+
+// copy-medium SOURCE FOLDER [FLAGS]
+int copy_medium(const Context& context) {
+    if (context.arguments.size() < 2 || context.arguments.size() > 3) {
+        print_error("usage: kqhost copy-medium SOURCE FOLDER [FLAGS]\n");
+        return kExitUsage;
+    }
+    const auto copy = find_export<decltype(KQCopyMediumFile)>(context.module, "KQCopyMediumFile");
+    if (copy == nullptr) {
+        print_error("kqhost: the DLL has no KQCopyMediumFile\n");
+        return kExitFailure;
+    }
+    const uint32_t flags =
+        context.arguments.size() == 3 ? static_cast<uint32_t>(std::wcstoul(context.arguments[2].c_str(), nullptr, 0)) : 0;
+    wchar_t buffer[MAX_PATH + 1] = {};
+    const kq_status status =
+        copy(context.arguments[0].c_str(), context.arguments[1].c_str(), flags, buffer, MAX_PATH + 1);
+    if (status == KQ_S_OK) {
+        print(std::wstring_view(buffer));
+        print("\n");
+    }
+    print_status("KQCopyMediumFile", status);
+    return status == KQ_S_OK || status == KQ_S_FALSE ? kExitOk : kExitFailure;
+}
+
+int undms(const Context& context) {
+    if (context.arguments.size() != 2) {
+        print_error("usage: kqhost undms IN OUT\n");
+        return kExitUsage;
+    }
+    const kq::media::DmsError error =
+        kq::media::unpack_dms_file(module_text(context.arguments[0]), module_text(context.arguments[1]));
+    if (error == kq::media::DmsError::none) return kExitOk;
+    char line[80];
+    std::snprintf(line, sizeof line, "kqhost: unpacking failed with code %u\n", static_cast<unsigned>(error));
+    print_error(line);
+    return kExitFailure;
+}
+
 constexpr Command kCommands[] = {
     {L"runtime", "runtime get|check|dismiss",
      "get IMAGE [ALTERNATE-FOLDER] [--key KEY] [--no-timestamp]: make a working copy and print its "
@@ -144,6 +217,14 @@ constexpr Command kCommands[] = {
      inflate},
     {L"deflate", "deflate IN OUT", "Compress IN into the gzip file OUT, as working copies are written back.",
      false, deflate},
+    {L"empty-medium", "empty-medium [dd|hd]",
+     "Make an empty floppy image (880 KB or 1,760 KB), print its path and size, and free it again.", true,
+     empty_medium},
+    {L"copy-medium", "copy-medium SOURCE FOLDER [FLAGS]",
+     "Copy a medium file into FOLDER (flags: 1 unpack .adz/.hdz/.dms, 2 no overwrite, 4 unique name, 8 skip "
+     "same name) and print the copy's path.",
+     true, copy_medium},
+    {L"undms", "undms IN OUT", "Unpack a DMS archive into the ADF image OUT.", false, undms},
 };
 
 } // namespace
