@@ -28,6 +28,19 @@ std::u16string host_folder(std::u16string_view name) {
     return hosts_root() + u"\\" + std::u16string(name);
 }
 
+std::u16string test_data_path(std::u16string_view relative) {
+    const std::string root = KQ_TEST_DATA_DIR;
+    std::u16string path(root.begin(), root.end());
+    path += u'\\';
+    path += relative;
+#ifdef _WIN32
+    for (char16_t& c : path)
+        if (c == u'/') c = u'\\';
+    path.insert(0, u"Z:");
+#endif
+    return path;
+}
+
 std::u16string data_access_library(std::u16string_view name) {
     return host_folder(name) + u"\\" + std::u16string(kDataAccessLibraryName);
 }
