@@ -12,6 +12,7 @@
 // The module's peak memory is also measured on an image a quarter of the size: it must not grow
 // with the image.
 
+#include "bench/child_process.h"
 #include "media/deflate.h"
 #include "media/inflate.h"
 
@@ -32,37 +33,10 @@
 #include <vector>
 
 namespace fs = std::filesystem;
+using kq::bench::Measurement;
+using kq::bench::run;
 
 namespace {
-
-struct Measurement {
-    double seconds = 0;
-    long peak_kib = 0;
-    bool ok = false;
-};
-
-// Runs a program with stdin and stdout redirected (when given) and measures it.
-Measurement run(const std::vector<std::string>& arguments, const std::string& in = {}, const std::string& out = {}) {
-    const auto start = std::chrono::steady_clock::now();
-    const pid_t child = fork();
-    if (child == 0) {
-        if (!in.empty()) dup2(open(in.c_str(), O_RDONLY), STDIN_FILENO);
-        if (!out.empty()) dup2(open(out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), STDOUT_FILENO);
-        std::vector<char*> argv;
-        for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
-        argv.push_back(nullptr);
-        execvp(argv[0], argv.data());
-        _exit(127);
-    }
-    int status = 0;
-    rusage usage{};
-    wait4(child, &status, 0, &usage);
-    Measurement result;
-    result.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    result.peak_kib = usage.ru_maxrss;
-    result.ok = WIFEXITED(status) && WEXITSTATUS(status) == 0;
-    return result;
-}
 
 // A hard-disk image as such images are: stretches of empty blocks, text and program code
 // that compress well, and already compressed files that do not.

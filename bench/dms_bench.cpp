@@ -1,0 +1,133 @@
+// Throughput and peak memory of unpacking DMS archives, against xdms on the same archives in
+// the same run:
+//
+//   cmake --preset bench && cmake --build --preset bench && build/bench/bench/dms_bench
+//
+// Options: --repetitions N (unpacks per process, 50 by default), --rounds R (processes per
+// contender and archive, the fastest counting; 5 by default), --data DIR (the archives;
+// tests/data/dms by default), --folder DIR (where the images go; the system's temporary folder
+// by default). Each contender runs as a process of its own that unpacks the archive N times
+// into one image file: the module's unpacker through this program started again in a worker
+// mode, xdms as "xdms -q u A +OUT A +OUT ...". Its peak resident memory is the child's
+// (wait4). Throughput counts the image's bytes; the two images are compared byte for byte.
+
+#include "bench/child_process.h"
+#include "media/dms/dms_unpacker.h"
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace fs = std::filesystem;
+using kq::bench::best_of;
+using kq::bench::Measurement;
+using kq::bench::run;
+
+namespace {
+
+// Whether the two images are the same bytes (and not empty).
+bool same_image(const fs::path& ours_path, const fs::path& xdms_path, std::uintmax_t& xdms_bytes) {
+    std::ifstream ours(ours_path, std::ios::binary), theirs(xdms_path, std::ios::binary);
+    std::array<char, 65536> a{}, b{};
+    xdms_bytes = 0;
+    while (ours && theirs) {
+        ours.read(a.data(), a.size());
+        theirs.read(b.data(), b.size());
+        if (ours.gcount() != theirs.gcount() ||
+            std::memcmp(a.data(), b.data(), static_cast<std::size_t>(ours.gcount())) != 0)
+            return false;
+        xdms_bytes += static_cast<std::uintmax_t>(theirs.gcount());
+    }
+    return xdms_bytes > 0 && !ours && !theirs;
+}
+
+std::u16string module_path(const std::string& path) { return std::u16string(path.begin(), path.end()); }
+
+// The worker mode: the module's unpacker, `repetitions` times, in a process of its own.
+int worker(int repetitions, const std::string& in, const std::string& out) {
+    for (int i = 0; i < repetitions; ++i)
+        if (kq::media::unpack_dms_file(module_path(in), module_path(out)) != kq::media::DmsError::none) return 1;
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc == 5 && std::strcmp(argv[1], "--worker") == 0) return worker(std::atoi(argv[2]), argv[3], argv[4]);
+    int repetitions = 50, rounds = 5;
+    fs::path data = KQ_DMS_BENCH_DATA, folder = fs::temp_directory_path();
+    for (int i = 1; i + 1 < argc; i += 2) {
+        if (std::strcmp(argv[i], "--repetitions") == 0) repetitions = std::max(1, std::atoi(argv[i + 1]));
+        if (std::strcmp(argv[i], "--rounds") == 0) rounds = std::max(1, std::atoi(argv[i + 1]));
+        if (std::strcmp(argv[i], "--data") == 0) data = argv[i + 1];
+        if (std::strcmp(argv[i], "--folder") == 0) folder = argv[i + 1];
+    }
+    folder /= "kq-dms-bench-" + std::to_string(getpid());
+    fs::create_directories(folder);
+    const std::string self = fs::read_symlink("/proc/self/exe").string();
+
+    std::vector<fs::path> archives;
+    for (const fs::directory_entry& entry : fs::directory_iterator(data)) {
+        const std::string name = entry.path().filename().string();
+        if (entry.path().extension() == ".dms" && name.find("_pwd") == std::string::npos)
+            archives.push_back(entry.path());
+    }
+    std::sort(archives.begin(), archives.end());
+
+    std::printf("%d unpacks of a whole disk's worth per process, fastest of %d processes; images in %s\n\n", repetitions, rounds,
+                folder.c_str());
+    std::printf("| %-20s | %8s | %8s | %5s | %9s | %9s |\n", "", "module", "xdms", "ratio", "module", "xdms");
+    std::printf("| %-20s | %8s | %8s | %5s | %9s | %9s |\n", "archive", "MiB/s", "MiB/s", "", "peak KiB", "peak KiB");
+    std::printf("|----------------------|----------|----------|-------|-----------|-----------|\n");
+    int failures = 0;
+    double ours_total = 0, xdms_total = 0;
+    for (const fs::path& archive : archives) {
+        const std::string in = archive.string(), ours_out = (folder / "module.adf").string(),
+                          xdms_out = (folder / "xdms.adf").string();
+        // Small images are unpacked more often, so that every process does about as much work as
+        // `repetitions` unpacks of a whole disk and starting it does not dominate.
+        run({"xdms", "-q", "u", in, "+" + xdms_out});
+        const std::uintmax_t image_bytes = fs::exists(xdms_out) ? fs::file_size(xdms_out) : 0;
+        const int times = image_bytes == 0 ? repetitions
+                                            : std::max(repetitions, static_cast<int>(repetitions * 901120.0 /
+                                                                                     static_cast<double>(image_bytes)));
+        std::vector<std::string> xdms_command = {"xdms", "-q", "u"};
+        for (int i = 0; i < times; ++i) xdms_command.insert(xdms_command.end(), {in, "+" + xdms_out});
+        const Measurement ours = best_of(rounds, {self, "--worker", std::to_string(times), in, ours_out});
+        const Measurement xdms = best_of(rounds, xdms_command);
+        const std::string name = archive.filename().string();
+        std::uintmax_t xdms_bytes = 0;
+        if (!ours.ok || !xdms.ok || !same_image(ours_out, xdms_out, xdms_bytes)) {
+            const char* what = !ours.ok ? "the module failed" : !xdms.ok ? "xdms failed" : "the images differ";
+            std::fprintf(stderr, "dms_bench: %s: %s\n", name.c_str(), what);
+            ++failures;
+            continue;
+        }
+        const double mebibytes = static_cast<double>(xdms_bytes) * times / (1024.0 * 1024.0);
+        std::printf("| %-20s | %8.1f | %8.1f | %5.2f | %9ld | %9ld |\n", name.c_str(),
+                    mebibytes / ours.seconds, mebibytes / xdms.seconds, xdms.seconds / ours.seconds, ours.peak_kib,
+                    xdms.peak_kib);
+        ours_total += ours.seconds;
+        xdms_total += xdms.seconds;
+        fs::remove(ours_out);
+        fs::remove(xdms_out);
+    }
+    if (ours_total > 0)
+        std::printf("\nAll archives: module %.3f s, xdms %.3f s, ratio %.2f\n", ours_total, xdms_total,
+                    xdms_total / ours_total);
+    std::printf("(ratio: xdms's time over the module's; above 1, the module is faster)\n");
+    fs::remove_all(folder);
+    return failures == 0 && !archives.empty() ? 0 : 1;
+}
