@@ -54,3 +54,11 @@ echo
 kqhost runtime check "$copy"
 kqhost runtime dismiss "$copy" --write-back --assume-changed
 gzip -lN build/win64/demo/Demo.adz
+# An empty high-density floppy (from the template beside the DLL), a compressed image copied
+# and unpacked into another folder, and a DMS archive unpacked by the module's own unpacker.
+kqhost empty-medium hd
+mkdir -p build/win64/demo/copies
+kqhost copy-medium "$demo_folder\\Demo.adz" "$demo_folder\\copies" 1
+dms="Z:$(printf '%s' "$KQ_ROOT/tests/data/dms/rle_small.dms" | tr / '\\')"
+kqhost undms "$dms" "$demo_folder\\rle_small.adf"
+sha256sum build/win64/demo/rle_small.adf
