@@ -1,6 +1,7 @@
 #include "common/integer_text.h"
 
 #include <algorithm>
+#include <string>
 #include <limits>
 
 namespace kq {
@@ -43,6 +44,11 @@ std::optional<std::int32_t> read_integer_prefix(std::u16string_view text, int ba
     if (digits == 0) return std::nullopt;
     if (negative) return static_cast<std::int32_t>(-magnitude);
     return static_cast<std::int32_t>(std::min(magnitude, kLimit - 1));
+}
+
+std::u16string decimal_text(std::int64_t value) {
+    const std::string digits = std::to_string(value);
+    return std::u16string(digits.begin(), digits.end());
 }
 
 } // namespace kq

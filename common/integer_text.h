@@ -6,11 +6,15 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace kq {
 
 // The value, or nullopt when no digit was read.
 std::optional<std::int32_t> read_integer_prefix(std::u16string_view text, int base = 10);
+
+// The value in decimal digits, with a minus sign when negative (as "%d" writes it).
+std::u16string decimal_text(std::int64_t value);
 
 } // namespace kq

@@ -50,11 +50,6 @@ std::size_t peripheral_type(const ManifestDocument& document, std::u16string_vie
     return type ? peripheral_type_index(table, *type) : 0;
 }
 
-std::u16string decimal(std::uint32_t value) {
-    const std::string digits = std::to_string(value);
-    return std::u16string(digits.begin(), digits.end());
-}
-
 Element system_rom_element(const ManifestDocument& document) {
     Element rom = document.find_typed_element("rom", u"system");
     return rom != nullptr ? rom : document.find_typed_element("rom", std::nullopt);
@@ -195,7 +190,7 @@ HResult write_second_processor(ManifestDocument& document, SecondProcessor mode)
 HResult write_chip_memory(ManifestDocument& document, std::uint32_t bytes) {
     const ModelRow& model = find_model(read_model_id(document));
     const HResult written =
-        document.set_typed_element("ram", u"chip", bytes == model.chip.default_size ? u"" : decimal(bytes));
+        document.set_typed_element("ram", u"chip", bytes == model.chip.default_size ? u"" : decimal_text(bytes));
     if (written != status::ok) return written;
     const bool needs_ecs = model.agnus_limit != 0 && bytes > model.agnus_limit;
     return document.set_peripheral(u"agnus", "type", needs_ecs ? u"ecs" : u"");

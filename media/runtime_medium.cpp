@@ -1,5 +1,7 @@
 #include "media/runtime_medium.h"
 
+#include "common/integer_text.h"
+
 #include "common/byte_order.h"
 #include "common/compare.h"
 #include "common/path_text.h"
@@ -188,10 +190,7 @@ std::optional<std::u16string> free_side_name(std::u16string_view image_path) {
     for (int attempt = 0; attempt < kSideNameTries; ++attempt) {
         std::u16string side(image_path);
         side += kSideSuffix;
-        if (attempt > 0) {
-            const std::string number = std::to_string(attempt);
-            side.append(number.begin(), number.end());
-        }
+        if (attempt > 0) side += decimal_text(attempt);
         if (!platform::file_attributes(side)) return side;
     }
     return std::nullopt;

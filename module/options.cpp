@@ -21,11 +21,6 @@ constexpr std::size_t name = 8, label = 16, description = 24, group_label = 32,
                       current_value = 120, default_value = 128;
 } // namespace field
 
-std::u16string number_text(std::uint32_t value) {
-    const std::string digits = std::to_string(static_cast<std::int32_t>(value));  // as "%d"
-    return std::u16string(digits.begin(), digits.end());
-}
-
 std::vector<std::u16string> devices_of(OptionDevices devices) {
     switch (devices) {
     case OptionDevices::printers: return platform::printer_names();
@@ -47,7 +42,7 @@ std::u16string current_option_value(std::size_t index) {
     const OptionRow& option = kOptionTable.at(index);
     if (option.type == OptionType::boolean) {
         if (const auto stored = platform::read_setting_dword(kPlatformSettingsKey, option.name))
-            return number_text(*stored);
+            return decimal_text(static_cast<std::int32_t>(*stored));  // as "%d"
         if (!option.inverse_legacy_name.empty()) {
             if (const auto legacy = platform::read_setting_dword(kPlatformSettingsKey, option.inverse_legacy_name))
                 return *legacy == 0 ? u"1" : u"0";

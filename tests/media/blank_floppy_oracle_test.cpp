@@ -4,6 +4,7 @@
 
 #include "media/empty_medium.h"
 #include "platform/native/native_controls.h"
+#include "tests/support/shell_command.h"
 #include "tests/support/temp_folder.h"
 
 #include <gtest/gtest.h>
@@ -23,12 +24,9 @@ struct Listing {
 };
 
 Listing unadf_list(const std::string& image) {
-    FILE* pipe = popen(("unadf -l '" + image + "' 2>&1").c_str(), "r");
-    if (pipe == nullptr) return {-1, {}};
-    std::array<char, 4096> buffer{};
-    std::string text;
-    for (std::size_t got; (got = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0;) text.append(buffer.data(), got);
-    return {pclose(pipe), text};
+    Listing listing;
+    listing.status = test::run_shell("unadf -l '" + image + "'", &listing.text);
+    return listing;
 }
 
 // What unadf lists besides its banner and the device and volume lines: the volume's files.
@@ -45,7 +43,7 @@ std::vector<std::string> entries(const std::string& listing) {
 }
 
 TEST(BlankFloppyOracle, UnadfReadsEmptyVolumes) {
-    ASSERT_EQ(std::system("command -v unadf >/dev/null 2>&1"), 0) << "unadf is not installed";
+    ASSERT_TRUE(test::have_tool("unadf")) << "unadf is not installed";
     std::u16string module = u"" KQ_TEST_MODULE_FOLDER "/amiga.dll";
     std::replace(module.begin(), module.end(), u'/', u'\\');
     platform::native::set_module_file_path(module);

@@ -5,6 +5,7 @@
 #include "media/deflate.h"
 #include "media/inflate.h"
 #include "tests/support/compressed_files.h"
+#include "tests/support/shell_command.h"
 #include "tests/support/temp_folder.h"
 
 #include <gtest/gtest.h>
@@ -22,19 +23,7 @@ namespace fs = std::filesystem;
 
 std::u16string module_path(const fs::path& path) { return path.u16string(); }
 
-// Runs a shell command; its exit status and what it printed.
-int run(const std::string& command, std::string* output = nullptr) {
-    FILE* pipe = popen(command.c_str(), "r");
-    if (pipe == nullptr) return -1;
-    std::array<char, 4096> buffer{};
-    std::string text;
-    for (std::size_t got; (got = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0;) text.append(buffer.data(), got);
-    const int status = pclose(pipe);
-    if (output != nullptr) *output = text;
-    return status;
-}
-
-bool have(const char* tool) { return run(std::string("command -v ") + tool + " >/dev/null 2>&1") == 0; }
+using test::run_shell;
 
 // An image with what makes Deflate64 differ: long runs (length code 285) and repeats farther
 // back than 32 KiB (distance codes 30 and 31).
@@ -53,7 +42,7 @@ test::Bytes oracle_image() {
 class CompressionOracle : public ::testing::Test {
 protected:
     void SetUp() override {
-        for (const char* tool : {"gzip", "zip", "7zz", "cmp"}) ASSERT_TRUE(have(tool)) << tool << " is not installed";
+        for (const char* tool : {"gzip", "zip", "7zz", "cmp"}) ASSERT_TRUE(test::have_tool(tool)) << tool << " is not installed";
         image_ = oracle_image();
         std::ofstream(folder_.native(u"disk.hdf"), std::ios::binary)
             .write(reinterpret_cast<const char*>(image_.data()), static_cast<std::streamsize>(image_.size()));
@@ -82,7 +71,7 @@ TEST_F(CompressionOracle, WhatTheToolsWriteInflatesToTheImage) {
          "cd '" + file(u"") + "' && 7zz a -bd -tzip -mm=Deflate64 -mx=9 deflate64-max.zip disk.hdf >/dev/null", 0, 9},
     };
     for (const auto& c : cases) {
-        ASSERT_EQ(run(c.command), 0) << c.command;
+        ASSERT_EQ(run_shell(c.command), 0) << c.command;
         const std::string archive = test::read_file(folder_.native(c.name));
         ASSERT_GT(archive.size(), 30u);
         if (c.zip_method >= 0) {
@@ -93,7 +82,7 @@ TEST_F(CompressionOracle, WhatTheToolsWriteInflatesToTheImage) {
         const std::u16string out = std::u16string(c.name) + u".out";
         EXPECT_EQ(inflate_file(module_path(folder_.native(c.name)), module_path(folder_.native(out))), InflateError::none)
             << file(c.name);
-        EXPECT_EQ(run("cmp -s '" + in + "' '" + file(out) + "'"), 0) << file(c.name);
+        EXPECT_EQ(run_shell("cmp -s '" + in + "' '" + file(out) + "'"), 0) << file(c.name);
     }
 }
 
@@ -101,13 +90,13 @@ TEST_F(CompressionOracle, WhatTheDeflaterWritesPassesGzip) {
     const std::string out = file(u"Disk.HDZ");
     ASSERT_EQ(deflate_file(module_path(folder_.native(u"disk.hdf")), module_path(folder_.native(u"Disk.HDZ"))),
               status::ok);
-    EXPECT_EQ(run("gzip -t '" + out + "'"), 0);
+    EXPECT_EQ(run_shell("gzip -t '" + out + "'"), 0);
     std::string listing;
-    ASSERT_EQ(run("gzip -l '" + out + "'", &listing), 0);
+    ASSERT_EQ(run_shell("gzip -l '" + out + "'", &listing), 0);
     EXPECT_NE(listing.find(std::to_string(image_.size())), std::string::npos) << listing;
-    EXPECT_EQ(run("gzip -dc '" + out + "' | cmp -s - '" + file(u"disk.hdf") + "'"), 0);
+    EXPECT_EQ(run_shell("gzip -dc '" + out + "' | cmp -s - '" + file(u"disk.hdf") + "'"), 0);
     // gzip -N restores the name stored in the header: the compressed file's own, lower-cased.
-    ASSERT_EQ(run("cd '" + file(u"") + "' && mkdir named && cp Disk.HDZ named/ && cd named && gzip -d -N -S .HDZ Disk.HDZ"), 0);
+    ASSERT_EQ(run_shell("cd '" + file(u"") + "' && mkdir named && cp Disk.HDZ named/ && cd named && gzip -d -N -S .HDZ Disk.HDZ"), 0);
     EXPECT_TRUE(fs::exists(folder_.native(u"named\\disk.hdz")));
 }
 

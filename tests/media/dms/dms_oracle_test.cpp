@@ -5,12 +5,12 @@
 // stage reads on past the first stage's output. Native only.
 
 #include "tests/media/dms/dms_test_support.h"
+#include "tests/support/shell_command.h"
 #include "tests/support/temp_folder.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <fstream>
 #include <optional>
 #include <random>
@@ -20,7 +20,7 @@ namespace {
 
 class DmsOracle : public ::testing::Test {
 protected:
-    void SetUp() override { ASSERT_EQ(std::system("command -v xdms >/dev/null 2>&1"), 0) << "xdms is not installed"; }
+    void SetUp() override { ASSERT_TRUE(have_tool("xdms")) << "xdms is not installed"; }
 
     // Whether xdms unpacks the archive to the same image as ours.
     bool xdms_agrees(const Bytes& archive, const Bytes& ours) const {
@@ -28,10 +28,7 @@ protected:
         std::ofstream(in, std::ios::binary)
             .write(reinterpret_cast<const char*>(archive.data()), static_cast<std::streamsize>(archive.size()));
         std::filesystem::remove(out);
-        if (std::system(
-                std::string("xdms -q u '").append(in).append("' +'").append(out).append("' >/dev/null 2>&1").c_str()) !=
-            0)
-            return false;
+        if (run_shell("xdms -q u '" + in + "' +'" + out + "'") != 0) return false;
         const std::string theirs = read_file(out);
         return !theirs.empty() && theirs.size() <= ours.size() &&
                std::equal(theirs.begin(), theirs.end(), ours.begin(),

@@ -1,0 +1,27 @@
+#pragma once
+// Running the independent tools that native tests use as oracles (gzip, unadf, xdms ...)
+// through the shell.
+
+#include <array>
+#include <cstdio>
+#include <string>
+
+namespace kq::test {
+
+// Runs `command` in the shell; its exit status as pclose reports it (0 for success), and in
+// `output`, when given, what it wrote to standard output and standard error.
+inline int run_shell(const std::string& command, std::string* output = nullptr) {
+    FILE* pipe = popen(("{ " + command + "; } 2>&1").c_str(), "r");
+    if (pipe == nullptr) return -1;
+    std::array<char, 4096> buffer{};
+    std::string text;
+    for (std::size_t got; (got = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0;) text.append(buffer.data(), got);
+    const int status = pclose(pipe);
+    if (output != nullptr) *output = std::move(text);
+    return status;
+}
+
+// Whether the shell finds the program `tool`.
+inline bool have_tool(const std::string& tool) { return run_shell("command -v " + tool + " >/dev/null") == 0; }
+
+} // namespace kq::test
