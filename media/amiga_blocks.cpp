@@ -43,6 +43,16 @@ void store_normal_checksum(Block block, std::size_t offset) {
     store_be32(&block[offset], 0u - sum_of_longs(block));
 }
 
+bool boot_checksum_valid(std::span<const std::byte, 2 * kBlockBytes> boot) {
+    std::uint32_t sum = 0;
+    for (std::size_t at = 0; at < boot.size(); at += 4) {
+        const std::uint32_t value = load_be32(&boot[at]);
+        sum += value;
+        if (sum < value) ++sum;  // the carry goes round
+    }
+    return sum == 0xFFFFFFFF;
+}
+
 void stamp_root_block(Block block, const AmigaDate& date) {
     for (const std::size_t offset : {kRootChangedDate, kVolumeChangedDate, kVolumeCreatedDate})
         store_date(block, offset, date);

@@ -35,6 +35,10 @@ void store_normal_checksum(Block block, std::size_t offset);
 // The sum of the block's 128 longs (0 for a block with a correct normal checksum).
 std::uint32_t sum_of_longs(std::span<const std::byte, kBlockBytes> block);
 
+// Whether the boot blocks (the first 1,024 bytes of a floppy) carry a valid boot checksum: their
+// 256 longs, added with end-around carry, give 0xFFFFFFFF.
+bool boot_checksum_valid(std::span<const std::byte, 2 * kBlockBytes> boot);
+
 // Stamps a root block with `date` as the root's and the volume's last change and the volume's
 // creation, and recomputes its checksum.
 void stamp_root_block(Block block, const AmigaDate& date);

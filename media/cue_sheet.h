@@ -8,6 +8,8 @@
 // Latin-1.
 
 #include <cstddef>
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,8 +25,21 @@ struct CueDataFile {
 
 enum class CueError { none, too_large, unsafe_name, unreadable };
 
+// The first data (not audio) track: the file it is in and where in that file it starts.
+struct CueDataTrack {
+    std::u16string relative_path;
+    std::uint32_t sector_bytes = 2048;  // 2048, 2336 or 2352
+    std::uint32_t header_bytes = 0;     // before each sector's 2,048 user bytes: 0, 8, 16 or 24
+    std::uint64_t start_sector = 0;     // its INDEX 01 (75 sectors a second)
+};
+
 CueError read_cue_sheet(std::string_view sheet, std::vector<CueDataFile>& files);
 // Reads the sheet at `path` (at most kMaxCueSheetBytes).
 CueError read_cue_sheet_file(std::u16string_view path, std::vector<CueDataFile>& files);
+
+// The sheet's first data track; nullopt when it has none (or names an unsafe file).
+std::optional<CueDataTrack> first_data_track(std::string_view sheet);
+// The same for the sheet at `path`.
+std::optional<CueDataTrack> first_data_track_of_file(std::u16string_view path);
 
 } // namespace kq::media

@@ -172,6 +172,29 @@ InflateError inflate(ByteSource& compressed, ByteSink& image) {
     return InflateError::none;
 }
 
+InflateError inflate_file(std::u16string_view compressed_path, ByteSink& image) {
+    std::optional<platform::File> input = platform::File::open_for_reading(compressed_path);
+    if (!input) return InflateError::input_unopened;
+    FileSource source(*input);
+    return inflate(source, image);
+}
+
+std::optional<std::uint64_t> stated_inflated_size(std::u16string_view compressed_path) {
+    std::optional<platform::File> file = platform::File::open_for_reading(compressed_path);
+    if (!file) return std::nullopt;
+    FileSource source(*file);
+    InputBuffer in(source, 4096);
+    Entry entry;
+    if (read_header(in, entry) != InflateError::none) return std::nullopt;
+    if (entry.zip) return entry.zip_descriptor ? std::nullopt : std::optional<std::uint64_t>(entry.size);
+    const std::optional<std::uint64_t> size = file->size();
+    std::array<std::byte, 4> trailer{};
+    if (!size || *size < 18 || !file->seek(*size - 4)) return std::nullopt;
+    const std::optional<std::size_t> got = file->read(trailer);
+    if (!got || *got != trailer.size()) return std::nullopt;
+    return load_le32(trailer.data());
+}
+
 InflateError inflate_file(std::u16string_view compressed_path, std::u16string_view image_path) {
     std::optional<platform::File> input = platform::File::open_for_reading(compressed_path);
     if (!input) return InflateError::input_unopened;

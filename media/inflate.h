@@ -19,6 +19,7 @@
 #include "media/byte_streams.h"
 
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 namespace kq::media {
@@ -48,5 +49,11 @@ enum class InflateError : std::uint32_t {
 InflateError inflate(ByteSource& compressed, ByteSink& image);
 // Inflates a file into a new file (replacing one of that name).
 InflateError inflate_file(std::u16string_view compressed_path, std::u16string_view image_path);
+// Inflates a file into `image` (which may stop it early by taking fewer bytes than given).
+InflateError inflate_file(std::u16string_view compressed_path, ByteSink& image);
+
+// The uncompressed size that a compressed file states without being inflated: the ZIP entry's
+// size, or the gzip trailer's (the size modulo 2^32; the trailer is taken from the file's end).
+std::optional<std::uint64_t> stated_inflated_size(std::u16string_view compressed_path);
 
 } // namespace kq::media
