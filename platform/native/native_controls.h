@@ -47,4 +47,13 @@ void set_program_files_folders(std::optional<std::u16string> program_files,
 // A string value that read_machine_setting_string reports (nullopt removes it).
 void set_machine_setting_string(std::u16string key, std::u16string name, std::optional<std::u16string> value);
 
+// The drive roots that the volume functions report (none unless set); a root is named by its
+// letter and colon ("E:\"), without regard to case.
+struct DriveRoot {
+    std::u16string root;
+    std::u16string label;
+    bool is_removable = false;
+};
+void set_drive_roots(std::vector<DriveRoot> roots);
+
 } // namespace kq::platform::native
