@@ -1,8 +1,11 @@
 // Exports of media: runtime working copies, empty media, copies of medium files, volume
-// names, boot tags and device commands. Those not built yet answer E_NOTIMPL.
+// names, boot tags and device commands.
 
 #include "exports/export_text.h"
+#include "input/device_commands.h"
 #include "kq_amiga.h"
+#include "manifest/boot_tag.h"
+#include "media/analysis/medium_analysis.h"
 #include "media/copy_medium.h"
 #include "media/empty_medium.h"
 #include "media/runtime_medium.h"
@@ -82,12 +85,47 @@ extern "C" kq_status KQCopyMediumFile(const kq_char* source, const kq_char* targ
         return result;
     });
 }
-extern "C" kq_status KQGetVolumeName(const kq_char*, kq_char*, uint32_t) { return KQ_E_NOTIMPL; }
-extern "C" kq_status KQBootTag(const char*, const kq_char*, uint32_t, kq_char**) {
-    return KQ_E_NOTIMPL;
+extern "C" kq_status KQGetVolumeName(const kq_char* image_path, kq_char* buffer, uint32_t buffer_chars) {
+    if (image_path == nullptr || buffer == nullptr || buffer_chars == 0) return KQ_E_INVALIDARG;
+    return kq::guard([&] {
+        kq::media::MediumAnalysis analysis;
+        if (kq::media::analyse_medium(kq::text_view(image_path), analysis) != kq::media::AnalysisFailure::none)
+            return kq::status::failed;
+        kq::copy_truncated(analysis.volume_name, buffer, buffer_chars);
+        return kq::status::ok;
+    });
 }
-extern "C" kq_status KQGetDeviceCommand(uint32_t, uint32_t, uint32_t, uint32_t, const kq_char*,
-                                        KQDeviceCommand**) {
-    return KQ_E_NOTIMPL;
+
+extern "C" kq_status KQBootTag(const char* manifest, const kq_char* data_root, uint32_t operation, kq_char** path) {
+    if (path != nullptr) *path = nullptr;
+    if (manifest == nullptr || data_root == nullptr) return KQ_E_INVALIDARG;
+    return kq::guard([&] {
+        std::u16string resolved;
+        const kq::HResult result = kq::manifest::boot_tag_path(manifest, kq::text_view(data_root), operation, resolved);
+        if (result != kq::status::ok || path == nullptr) return result;
+        char16_t* text = kq::copy_text_to_heap(kq::platform::Heap::global, resolved);
+        if (text == nullptr) return kq::status::out_of_memory;
+        *path = reinterpret_cast<kq_char*>(text);
+        return kq::status::ok;
+    });
 }
-extern "C" kq_status KQFreeDeviceCommand(KQDeviceCommand*) { return KQ_E_NOTIMPL; }
+
+extern "C" kq_status KQGetDeviceCommand(uint32_t index, uint32_t category, uint32_t, uint32_t, const kq_char* model_id,
+                                        KQDeviceCommand** command) {
+    if (command == nullptr) return KQ_E_INVALIDARG;
+    *command = nullptr;
+    return kq::guard([&] {
+        const std::optional<kq::input::DeviceCommandText> text =
+            kq::input::device_command(index, category, kq::text_view(model_id));
+        if (!text) return kq::status::nothing_more;
+        kq::platform::HeapBlock record = kq::input::pack_device_command(*text);
+        if (!record) return kq::status::out_of_memory;
+        *command = static_cast<KQDeviceCommand*>(record.release());
+        return kq::status::ok;
+    });
+}
+
+extern "C" kq_status KQFreeDeviceCommand(KQDeviceCommand* command) {
+    kq::platform::heap_free(kq::platform::Heap::local, command);
+    return KQ_S_OK;
+}

@@ -133,6 +133,31 @@ kq_status KQSetOption(const kq_char* name, const kq_char* value, const kq_char* 
 /* Content identification and auto-configuration. */
 kq_status KQGetFileAssociation(uint32_t index, KQFileAssociation** association);
 kq_status KQFreeFileAssociation(KQFileAssociation* association);
+
+/* Drive types of the content texts. */
+#define KQ_DRIVE_FLOPPY 0
+#define KQ_DRIVE_HARD_DISK 1
+#define KQ_DRIVE_CD 2
+#define KQ_DRIVE_NETWORK 3
+/* Flags of KQGetContentInfo. */
+#define KQ_CONTENT_INFO_RUNTIME 0x1 /* records are runtime lines: path TAB key=value TAB ... */
+#define KQ_CONTENT_INFO_SHORT 0x2   /* configuration mode: "Work" (DH0, hardfile) per disk */
+
+/* The tooltip of a drive: "Floppy disk drive DF<index>:", "Hard disk drive(s):", "CD drive:" or
+ * "Network", then what the drive holds (the medium's stored volume name in double quotes and the
+ * label, or "Empty"). path is the medium file or drive root, label its display name; for a hard
+ * disk they are KQGetContentInfo's list and records. The text is cut to the buffer and always
+ * ends with a NUL; an unknown drive type gives empty text. KQ_E_INVALIDARG for a null buffer or
+ * a zero length; KQ_E_OUTOFMEMORY when the text cannot be made.
+ *
+ * KQGetContentInfo: the summary of the hard disks (drive_type must be KQ_DRIVE_HARD_DISK).
+ * Texts use LF between lines, TAB between fields and CR between the entries of a list. In
+ * configuration mode list has "name TAB path" lines and records "path TAB devices TAB volumes
+ * TAB kind" lines; in runtime mode list is unused and records has "path TAB key=value ..." lines
+ * (devicename, volumename, bootpriority, blocksize, sectors, surfaces, reserved, vendor-id,
+ * product-id). KQ_E_INVALIDARG for a null buffer, a zero length or another drive type (the
+ * buffer is then untouched); otherwise the buffer is emptied first, and a text that does not fit
+ * with its NUL gives KQ_STATUS_FROM_WIN32(111) and leaves it empty. Nothing is allocated. */
 kq_status KQGetContentTooltip(uint8_t drive_type, uint32_t drive_index, const kq_char* path,
                               const kq_char* label, kq_char* buffer, uint32_t buffer_chars);
 kq_status KQGetContentInfo(uint8_t drive_type, uint32_t drive_index, const kq_char* list,
@@ -237,12 +262,32 @@ kq_status KQFreeEmptyMedium(kq_char* path);
 #define KQ_COPY_MEDIUM_SKIP_SAME_NAME 0x8u /* do nothing when the name would not change */
 kq_status KQCopyMediumFile(const kq_char* source, const kq_char* target_folder, uint32_t flags,
                            kq_char* buffer, uint32_t buffer_chars);
+/* The volume name stored in a disk or CD image (ADF, ADZ, DMS, extended ADF, IPF through the
+ * CAPSImg library, HDF and HDZ: the first partition's volume, ISO and CUE: the ISO 9660 volume
+ * identifier), cut to buffer_chars - 1 characters and a NUL; empty when the image holds none.
+ * Compressed images are inflated only as far as the name lies. KQ_E_INVALIDARG for a null
+ * argument or a zero buffer_chars; KQ_E_FAIL when the image cannot be read (the buffer is then
+ * not touched). */
 kq_status KQGetVolumeName(const kq_char* image_path, kq_char* buffer, uint32_t buffer_chars);
+/* Resolves the boot tag of a manifest (kq9/application/configuration/boot and its "type":
+ * adf, hdf or dir) into a path under data_root: Shared\adf\amiga-os-<tag>-workbench.adf or
+ * Shared\adf\<tag>.adf (aros-latest: the newest Shared\adf\aros-*-boot.adf),
+ * Shared\hdf\<tag>.hdf when it exists and the tag does not start with a digit, else
+ * Shared\hdf\workbench-<tag>.hdf, Shared\dir\System (3x0) or Shared\dir\AROS (aros). *path
+ * (may be null) receives the path from the global heap (GlobalFree). KQ_E_INVALIDARG for a
+ * null manifest or root, a non-zero operation, an unknown type or dir tag; a manifest without
+ * a boot element or type returns the lookup's status. */
 kq_status KQBootTag(const char* manifest_utf8, const kq_char* data_root, uint32_t operation,
                     kq_char** path);
+/* Device commands: category 2 (low byte) with model "a-cdtv", the CD buttons (0 Play/Pause,
+ * 1 Previous, 2 Next, 3 Stop, 4 Forward, 5 Rewind); category 7, the keyboard (0 Left Amiga,
+ * 1 Right Amiga, 2 Soft Reset, 3 Help; the name is followed by a tab and the keys' names joined
+ * with "+"). *command receives a new record (local heap, KQFreeDeviceCommand) and KQ_S_OK, or
+ * NULL and KQ_S_FALSE when there is no such command. KQ_E_INVALIDARG for a null command. */
 kq_status KQGetDeviceCommand(uint32_t index, uint32_t category, uint32_t reserved1,
                              uint32_t reserved2, const kq_char* model_id,
                              KQDeviceCommand** command);
+/* Always KQ_S_OK; NULL does nothing. */
 kq_status KQFreeDeviceCommand(KQDeviceCommand* command);
 
 /* Keyboard and input. The first five return the status in a 64-bit value.

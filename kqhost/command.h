@@ -30,6 +30,7 @@ std::span<const Command> option_commands();
 std::span<const Command> configuration_commands();
 std::span<const Command> keyboard_commands();
 std::span<const Command> media_commands();
+std::span<const Command> content_commands();
 
 // An export of the loaded DLL as its own function type, or null.
 template <class Function>

@@ -5,6 +5,8 @@
 #include "kq_amiga.h"
 #include "kqhost/command.h"
 #include "kqhost/console.h"
+#include "kqhost/file_input.h"
+#include "media/analysis/medium_analysis.h"
 #include "media/deflate.h"
 #include "media/dms/dms_unpacker.h"
 #include "media/inflate.h"
@@ -207,6 +209,137 @@ int undms(const Context& context) {
     return kExitFailure;
 }
 
+// volume-name IMAGE
+int volume_name(const Context& context) {
+    if (context.arguments.size() != 1) {
+        print_error("usage: kqhost volume-name IMAGE\n");
+        return kExitUsage;
+    }
+    const auto get = find_export<decltype(KQGetVolumeName)>(context.module, "KQGetVolumeName");
+    if (get == nullptr) {
+        print_error("kqhost: the DLL has no KQGetVolumeName\n");
+        return kExitFailure;
+    }
+    wchar_t name[256] = {};
+    const kq_status status = get(context.arguments[0].c_str(), name, 256);
+    if (status == KQ_S_OK) {
+        print(std::wstring_view(name));
+        print("\n");
+    }
+    print_status("KQGetVolumeName", status);
+    return status == KQ_S_OK ? kExitOk : kExitFailure;
+}
+
+std::string date_text(std::optional<kq::platform::FileTime> time) {
+    if (!time) return "none";
+    FILETIME file_time{static_cast<DWORD>(*time), static_cast<DWORD>(*time >> 32)};
+    SYSTEMTIME date{};
+    if (!FileTimeToSystemTime(&file_time, &date)) return "invalid";
+    char text[40];
+    std::snprintf(text, sizeof text, "%04u-%02u-%02u %02u:%02u:%02u", date.wYear, date.wMonth, date.wDay, date.wHour,
+                  date.wMinute, date.wSecond);
+    return text;
+}
+
+// analyse IMAGE: the content analysis, through the module's media code itself
+int analyse(const Context& context) {
+    if (context.arguments.size() != 1) {
+        print_error("usage: kqhost analyse IMAGE\n");
+        return kExitUsage;
+    }
+    kq::media::MediumAnalysis analysis;
+    const kq::media::AnalysisFailure failure = kq::media::analyse_medium(module_text(context.arguments[0]), analysis);
+    if (failure != kq::media::AnalysisFailure::none) {
+        char line[80];
+        std::snprintf(line, sizeof line, "kqhost: the image cannot be analysed (code %u)\n", static_cast<unsigned>(failure));
+        print_error(line);
+        return kExitFailure;
+    }
+    static constexpr const char* kKinds[] = {"floppy", "hard disk", "CD"};
+    char line[160];
+    std::snprintf(line, sizeof line, "kind: %s\nclass: %u\n", kKinds[static_cast<int>(analysis.kind)],
+                  static_cast<unsigned>(analysis.analysis_class));
+    print(line);
+    print("volume: ");
+    print(std::wstring_view(reinterpret_cast<const wchar_t*>(analysis.volume_name.data()), analysis.volume_name.size()));
+    print("\ndate: " + date_text(analysis.date) + "\nlabel: ");
+    print(std::wstring(analysis.conversion_label.begin(), analysis.conversion_label.end()));
+    print("\n");
+    for (const kq::media::PartitionFacts& partition : analysis.partitions) {
+        print("partition: ");
+        print(std::wstring(partition.device_name.begin(), partition.device_name.end()));
+        print(" \"");
+        print(std::wstring(partition.volume_name.begin(), partition.volume_name.end()));
+        print(partition.bootable ? "\" bootable, " : "\" not bootable, ");
+        print("created " + date_text(partition.created) + "\n");
+    }
+    return kExitOk;
+}
+
+// boot-tag MANIFEST ROOT
+int boot_tag(const Context& context) {
+    if (context.arguments.size() != 2) {
+        print_error("usage: kqhost boot-tag MANIFEST ROOT\n");
+        return kExitUsage;
+    }
+    const auto resolve = find_export<decltype(KQBootTag)>(context.module, "KQBootTag");
+    if (resolve == nullptr) {
+        print_error("kqhost: the DLL has no KQBootTag\n");
+        return kExitFailure;
+    }
+    const std::optional<std::string> manifest = read_file_bytes(context.arguments[0]);
+    if (!manifest) {
+        print_error("kqhost: cannot read " + to_utf8(context.arguments[0]) + "\n");
+        return kExitFailure;
+    }
+    kq_char* path = nullptr;
+    const kq_status status = resolve(manifest->c_str(), context.arguments[1].c_str(), 0, &path);
+    if (path != nullptr) {
+        print(std::wstring_view(path));
+        print("\n");
+        GlobalFree(path);
+    }
+    print_status("KQBootTag", status);
+    return status == KQ_S_OK ? kExitOk : kExitFailure;
+}
+
+// device-command CATEGORY INDEX [MODEL]
+int device_command(const Context& context) {
+    if (context.arguments.size() < 2 || context.arguments.size() > 3) {
+        print_error("usage: kqhost device-command CATEGORY INDEX [MODEL]\n");
+        return kExitUsage;
+    }
+    const auto get = find_export<decltype(KQGetDeviceCommand)>(context.module, "KQGetDeviceCommand");
+    const auto release = find_export<decltype(KQFreeDeviceCommand)>(context.module, "KQFreeDeviceCommand");
+    if (get == nullptr || release == nullptr) {
+        print_error("kqhost: the DLL has no KQGetDeviceCommand/KQFreeDeviceCommand\n");
+        return kExitFailure;
+    }
+    const auto category = static_cast<uint32_t>(std::wcstoul(context.arguments[0].c_str(), nullptr, 0));
+    const auto index = static_cast<uint32_t>(std::wcstoul(context.arguments[1].c_str(), nullptr, 0));
+    KQDeviceCommand* command = nullptr;
+    const kq_status status =
+        get(index, category, 0, 0, context.arguments.size() == 3 ? context.arguments[2].c_str() : nullptr, &command);
+    if (command != nullptr) {
+        // The display name, then after a TAB the keys that give the command (when it has some).
+        const std::wstring_view shown(command->name);
+        const std::size_t tab = shown.find(L'\t');
+        std::wstring text = L"name: ";
+        text += shown.substr(0, tab);
+        if (tab != std::wstring_view::npos) {
+            text += L"\nkeys: ";
+            text += shown.substr(tab + 1);
+        }
+        text += L"\ncommand: ";
+        text += command->command;
+        text += L"\n";
+        print(text);
+        release(command);
+    }
+    print_status("KQGetDeviceCommand", status);
+    return status == KQ_S_OK || status == KQ_S_FALSE ? kExitOk : kExitFailure;
+}
+
 constexpr Command kCommands[] = {
     {L"runtime", "runtime get|check|dismiss",
      "get IMAGE [ALTERNATE-FOLDER] [--key KEY] [--no-timestamp]: make a working copy and print its "
@@ -225,6 +358,16 @@ constexpr Command kCommands[] = {
      "same name) and print the copy's path.",
      true, copy_medium},
     {L"undms", "undms IN OUT", "Unpack a DMS archive into the ADF image OUT.", false, undms},
+    {L"volume-name", "volume-name IMAGE", "Print the volume name stored in a disk or CD image.", true, volume_name},
+    {L"analyse", "analyse IMAGE",
+     "Print what the content analysis reads from an image: kind, boot class, volume name, date, conversion "
+     "label and partitions.",
+     false, analyse},
+    {L"boot-tag", "boot-tag MANIFEST ROOT", "Resolve a package's boot tag against the shared data root.", true,
+     boot_tag},
+    {L"device-command", "device-command CATEGORY INDEX [MODEL]",
+     "Print a device command (category 2: CDTV buttons, 7: keyboard) with its raw-key script.", true,
+     device_command},
 };
 
 } // namespace

@@ -17,9 +17,9 @@
 namespace kqhost {
 namespace {
 
-const std::array<std::span<const Command>, 6> kCommandFamilies{
-    module_commands(), option_commands(), configuration_commands(), keyboard_commands(), media_commands(),
-    manifest_commands()};
+const std::array<std::span<const Command>, 7> kCommandFamilies{
+    module_commands(), option_commands(),  configuration_commands(), keyboard_commands(),
+    media_commands(),  content_commands(), manifest_commands()};
 
 const Command* find_command(std::wstring_view name) {
     for (std::span<const Command> family : kCommandFamilies)
@@ -28,18 +28,37 @@ const Command* find_command(std::wstring_view name) {
     return nullptr;
 }
 
+// "  synopsis" and the summary below it, indented and wrapped at word breaks to fit 80 columns.
+void print_command_help(std::string_view synopsis, std::string_view summary) {
+    constexpr std::size_t kWidth = 80;
+    constexpr std::string_view kIndent = "      ";
+    std::string text = "  ";
+    text += synopsis;
+    text += '\n';
+    std::string line(kIndent);
+    while (!summary.empty()) {
+        const std::size_t space = summary.find(' ');
+        const std::string_view word = summary.substr(0, space);
+        summary = space == std::string_view::npos ? std::string_view() : summary.substr(space + 1);
+        if (line.size() > kIndent.size() && line.size() + 1 + word.size() > kWidth) {
+            text += line + '\n';
+            line = kIndent;
+        }
+        if (line.size() > kIndent.size()) line += ' ';
+        line += word;
+    }
+    text += line + '\n';
+    print(text);
+}
+
 void print_usage() {
     print("Usage: kqhost [--dll PATH] COMMAND [ARGUMENTS]\n\n"
           "Loads the Amiga platform module (by default ..\\Platforms\\Amiga\\amiga.dll beside\n"
           "this program, else amiga.dll in its own folder) and calls its exports.\n\n"
           "Commands:\n");
     for (std::span<const Command> family : kCommandFamilies)
-        for (const Command& command : family) {
-            char line[400];
-            std::snprintf(line, sizeof line, "  %-24s %s\n", command.synopsis, command.summary);
-            print(line);
-        }
-    print("  help                     Print this text.\n");
+        for (const Command& command : family) print_command_help(command.synopsis, command.summary);
+    print_command_help("help", "Print this text.");
 }
 
 std::wstring own_folder() {
