@@ -62,3 +62,19 @@ kqhost copy-medium "$demo_folder\\Demo.adz" "$demo_folder\\copies" 1
 dms="Z:$(printf '%s' "$KQ_ROOT/tests/data/dms/rle_small.dms" | tr / '\\')"
 kqhost undms "$dms" "$demo_folder\\rle_small.adf"
 sha256sum build/win64/demo/rle_small.adf
+# What the content analysis reads from media: the empty floppy template (a bootable OFS volume
+# named "Empty"), its volume name, the tooltip of a floppy drive holding it and the summary of a
+# hard-disk drive, a package's boot tag and a device command with the keys that give it.
+template="Z:$(printf '%s' "$KQ_ROOT/build/win64/bin/Tessary/a-dd-ofs-empty.adf" | tr / '\\')"
+kqhost analyse "$template"
+kqhost volume-name "$template"
+kqhost tooltip floppy 0 "$template" "Blank disk"
+kqhost content-info --short "Work	$demo_folder\\Demo.adf" "$demo_folder\\Demo.adf		Work	hardfile"
+mkdir -p build/win64/demo/data/Shared/adf
+: > build/win64/demo/data/Shared/adf/aros-20230101-boot.adf
+: > build/win64/demo/data/Shared/adf/aros-20241201-boot.adf
+printf '%s\n' '<?xml version="1.0" encoding="UTF-8"?>' \
+  '<kq9><application><configuration><boot type="adf">aros-latest</boot></configuration></application></kq9>' \
+  > build/win64/demo/boot.kq9
+kqhost boot-tag "$demo_folder\\boot.kq9" "$demo_folder\\data"
+kqhost device-command 7 2 a-1200
