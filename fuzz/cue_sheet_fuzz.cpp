@@ -1,6 +1,7 @@
 // Reads arbitrary bytes as a CUE sheet. Every name it lets through must stay inside the
 // sheet's folder (no "..", no drive, not rooted) and be the last element of its path.
 
+#include "fuzz/fuzz_require.h"
 #include "media/cue_sheet.h"
 
 #include <cstdint>
@@ -11,9 +12,7 @@ using namespace kq::media;
 
 namespace {
 
-void require(bool condition) {
-    if (!condition) std::abort();
-}
+using kq::fuzz::require;
 
 } // namespace
 

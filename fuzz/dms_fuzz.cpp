@@ -3,6 +3,7 @@
 // never passes 80 cylinders of the largest size and is written in whole cylinders; an archive
 // that unpacks without error gives at least one cylinder.
 
+#include "fuzz/fuzz_require.h"
 #include "media/dms/dms_checks.h"
 #include "media/dms/dms_unpacker.h"
 
@@ -15,12 +16,10 @@ using namespace kq::media;
 
 namespace {
 
+using kq::fuzz::require;
+
 constexpr std::size_t kDoubleDensityCylinder = 11264, kHighDensityCylinder = 22528;
 constexpr std::size_t kMaxImageBytes = 80 * kHighDensityCylinder;
-
-void require(bool condition) {
-    if (!condition) std::abort();
-}
 
 // Counts what it is given and checks every write: whole cylinders (a high-density one is two
 // double-density ones), never past the largest image.

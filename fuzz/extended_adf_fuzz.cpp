@@ -2,6 +2,7 @@
 // plain image. A table that reads must be consistent with itself, and a decoded image must
 // have exactly the size that its track count and density give.
 
+#include "fuzz/fuzz_require.h"
 #include "media/extended_adf.h"
 #include "media/mfm_track.h"
 
@@ -13,9 +14,7 @@ using namespace kq::media;
 
 namespace {
 
-void require(bool condition) {
-    if (!condition) std::abort();
-}
+using kq::fuzz::require;
 
 } // namespace
 

@@ -3,6 +3,7 @@
 // that inflates without error must have produced exactly what its CRC-32 and size promise
 // (the inflater checks both; here the output is counted and checksummed once more).
 
+#include "fuzz/fuzz_require.h"
 #include "media/inflate.h"
 
 #include <zlib.h>
@@ -14,11 +15,9 @@ using namespace kq::media;
 
 namespace {
 
-constexpr std::size_t kMaxOutputBytes = 4 * 1024 * 1024;
+using kq::fuzz::require;
 
-void require(bool condition) {
-    if (!condition) std::abort();
-}
+constexpr std::size_t kMaxOutputBytes = 4 * 1024 * 1024;
 
 // Counts and checksums what it is given, up to a cap (a bomb stops there as a full disk).
 class CountingSink final : public ByteSink {

@@ -4,6 +4,7 @@
 // element with a namespace prefix and content, whose closing tag the writer leaves without
 // the prefix, cannot be read back.
 
+#include "fuzz/fuzz_require.h"
 #include "manifest/manifest_document.h"
 
 #include <libxml/tree.h>
@@ -17,11 +18,9 @@ using namespace kq::manifest;
 
 namespace {
 
-constexpr std::size_t kMaxInputBytes = 64 * 1024;
+using kq::fuzz::require;
 
-void require(bool condition) {
-    if (!condition) std::abort();
-}
+constexpr std::size_t kMaxInputBytes = 64 * 1024;
 
 bool has_prefixed_element_with_content(const xmlNode* node) {
     for (; node != nullptr; node = node->next) {

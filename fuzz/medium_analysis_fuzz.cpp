@@ -5,6 +5,7 @@
 // their ranges: a known class, names no longer than their fields allow, at most the partitions
 // that a table may list.
 
+#include "fuzz/fuzz_require.h"
 #include "media/analysis/cd_analysis.h"
 #include "media/analysis/floppy_analysis.h"
 #include "media/analysis/hard_disk_analysis.h"
@@ -20,9 +21,7 @@ using namespace kq::media;
 
 namespace {
 
-void require(bool condition) {
-    if (!condition) std::abort();
-}
+using kq::fuzz::require;
 
 void check(const MediumAnalysis& analysis, std::size_t longest_name) {
     require(static_cast<std::uint32_t>(analysis.analysis_class) <= 4);

@@ -1,5 +1,6 @@
 #include "manifest/manifest_document.h"
 
+#include "common/utf.h"
 #include "manifest/manifest_writer.h"
 #include "platform/files.h"
 
@@ -32,6 +33,13 @@ HResult ManifestDocument::load_file(std::u16string_view path) {
         filled += *got;
     }
     return load(text.data());
+}
+
+HResult ManifestDocument::load_utf16(std::u16string_view text) {
+    document_.reset();
+    const std::optional<std::string> utf8 = utf16_to_utf8(text);
+    if (!utf8) return kMalformedDocument;
+    return parse_xml(*utf8, document_, TextEncoding::utf8);
 }
 
 Element ManifestDocument::root_element() const {

@@ -37,6 +37,9 @@ public:
     // replacing any earlier document. A null text gives E_INVALIDARG; any failure leaves the
     // document empty.
     HResult load(const char* text);
+    // Parses the host's UTF-16 text the same way; its XML declaration's encoding is ignored.
+    // Text that is not valid UTF-16 gives HRESULT_FROM_WIN32(ERROR_INVALID_DATA).
+    HResult load_utf16(std::u16string_view text);
     // Reads a whole file and parses it the same way.
     HResult load_file(std::u16string_view path);
     bool is_empty() const { return document_ == nullptr; }

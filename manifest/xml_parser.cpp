@@ -41,14 +41,15 @@ struct ParserContextFree {
 
 void XmlDocumentFree::operator()(_xmlDoc* document) const { xmlFreeDoc(document); }
 
-HResult parse_xml(std::string_view text, XmlDocument& out) {
+HResult parse_xml(std::string_view text, XmlDocument& out, TextEncoding encoding) {
     out.reset();
     if (text.size() > static_cast<std::size_t>(INT_MAX)) return kMalformedDocument;
     prepare_libxml2();
     const std::unique_ptr<xmlParserCtxt, ParserContextFree> context(xmlNewParserCtxt());
     if (!context) return status::out_of_memory;
     XmlDocument document(xmlCtxtReadMemory(context.get(), text.data(), static_cast<int>(text.size()),
-                                           nullptr, nullptr, kParseOptions));
+                                           nullptr, encoding == TextEncoding::utf8 ? "UTF-8" : nullptr,
+                                           kParseOptions | (encoding == TextEncoding::utf8 ? XML_PARSE_IGNORE_ENC : 0)));
     if (!document || !context->wellFormed) {
         return context->lastError.code == XML_ERR_NO_MEMORY ? status::out_of_memory
                                                             : kMalformedDocument;

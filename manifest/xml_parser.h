@@ -24,8 +24,13 @@ using XmlDocument = std::unique_ptr<_xmlDoc, XmlDocumentFree>;
 // A document that does not parse: HRESULT_FROM_WIN32(ERROR_INVALID_DATA).
 inline constexpr HResult kMalformedDocument = status::from_win32(13);
 
-// Parses `text` (normally UTF-8; an XML declaration may name another encoding). On failure
-// `out` is empty and the status says why: kMalformedDocument, or E_OUTOFMEMORY.
-HResult parse_xml(std::string_view text, XmlDocument& out);
+// How the bytes of the text are encoded: as the document says (UTF-8 unless its XML
+// declaration names another encoding), or UTF-8 whatever the declaration says (text that was
+// converted before it came here).
+enum class TextEncoding { as_declared, utf8 };
+
+// Parses `text`. On failure `out` is empty and the status says why: kMalformedDocument, or
+// E_OUTOFMEMORY.
+HResult parse_xml(std::string_view text, XmlDocument& out, TextEncoding encoding = TextEncoding::as_declared);
 
 } // namespace kq::manifest

@@ -1,5 +1,7 @@
 #include "media/analysis/cd_analysis.h"
 
+#include "common/civil_time.h"
+
 #include <array>
 #include <cstring>
 
@@ -10,18 +12,6 @@ constexpr std::uint64_t kFirstDescriptor = 16, kMaxDescriptors = 32;
 constexpr std::uint8_t kPrimaryDescriptor = 1, kTerminator = 255;
 constexpr std::size_t kSectorUserBytes = 2048;
 constexpr std::size_t kVolumeIdAt = 40, kVolumeIdBytes = 32, kCreationDateAt = 813;
-constexpr std::int64_t kTicksPerSecond = 10000000;
-constexpr std::int64_t kDaysFrom1601To1970 = 134774;
-
-// Days since 1970-01-01 of a date of the proleptic Gregorian calendar.
-std::int64_t days_from_civil(std::int64_t year, unsigned month, unsigned day) {
-    year -= month <= 2;
-    const std::int64_t era = (year >= 0 ? year : year - 399) / 400;
-    const auto year_of_era = static_cast<unsigned>(year - era * 400);
-    const unsigned day_of_year = (153 * (month + (month > 2 ? -3 : 9)) + 2) / 5 + day - 1;
-    const unsigned day_of_era = year_of_era * 365 + year_of_era / 4 - year_of_era / 100 + day_of_year;
-    return era * 146097 + static_cast<std::int64_t>(day_of_era) - 719468;
-}
 
 std::optional<unsigned> digits(std::span<const std::byte> text) {
     unsigned value = 0;
@@ -41,12 +31,9 @@ std::optional<platform::FileTime> iso_date(std::span<const std::byte, 17> field)
     const auto second = digits(field.subspan(12, 2)), hundredths = digits(field.subspan(14, 2));
     if (!year || !month || !day || !hour || !minute || !second || !hundredths) return std::nullopt;
     if (*year == 0 && *month == 0 && *day == 0) return std::nullopt;  // not specified
-    if (*year < 1601 || *month < 1 || *month > 12 || *day < 1 || *day > 31 || *hour > 23 || *minute > 59 ||
-        *second > 60)
-        return std::nullopt;
-    const std::int64_t days = days_from_civil(*year, *month, *day) + kDaysFrom1601To1970;
-    const std::int64_t seconds = ((days * 24 + *hour) * 60 + *minute) * 60 + *second;
-    return static_cast<platform::FileTime>(seconds * kTicksPerSecond + std::int64_t{*hundredths} * 100000);
+    const std::optional<std::uint64_t> time = civil_file_time({*year, *month, *day, *hour, *minute, *second});
+    if (!time) return std::nullopt;
+    return static_cast<platform::FileTime>(*time + std::uint64_t{*hundredths} * 100000);
 }
 
 void analyse_iso(ImageBytes& image, const IsoLayout& layout, MediumAnalysis& analysis) {
