@@ -1,0 +1,119 @@
+#include "content/file_associations.h"
+
+#include "common/integer_text.h"
+#include "content/content_info.h"
+#include "content/content_texts.h"
+#include "module/record_packer.h"
+
+#include <algorithm>
+#include <array>
+
+namespace kq::content {
+namespace {
+
+constexpr std::uint16_t kNone = 0;               // no text, no icon
+constexpr std::size_t kMaxShortTextChars = 100;  // type name, extension description, filter name
+
+// The flag sets as the host expects them; the module gives them no meaning of its own.
+constexpr std::uint32_t kWritableImageFlags = 3, kReadOnlyFlags = 0, kConfigurationFileFlags = 7;
+
+struct FileAssociationRow {
+    std::u16string_view extension;
+    std::uint16_t type_name, extension_description, long_description, filter_name;  // string ids
+    std::uint16_t icon;
+    DriveType drive;
+    std::uint32_t flags;
+};
+
+constexpr std::array kRows{
+    FileAssociationRow{.extension = u"adf", .type_name = 156, .extension_description = 144, .long_description = 145,
+                       .filter_name = 146, .icon = kFloppyDiskIcon, .drive = DriveType::floppy,
+                       .flags = kWritableImageFlags},
+    FileAssociationRow{.extension = u"adz", .type_name = 156, .extension_description = 147, .long_description = 148,
+                       .filter_name = 149, .icon = kFloppyDiskIcon, .drive = DriveType::floppy,
+                       .flags = kWritableImageFlags},
+    FileAssociationRow{.extension = u"cue", .type_name = kNone, .extension_description = kNone,
+                       .long_description = kNone, .filter_name = 195, .icon = kNone, .drive = DriveType::cd,
+                       .flags = kReadOnlyFlags},
+    FileAssociationRow{.extension = u"dms", .type_name = 156, .extension_description = 150, .long_description = 151,
+                       .filter_name = 152, .icon = kFloppyDiskIcon, .drive = DriveType::floppy,
+                       .flags = kWritableImageFlags},
+    FileAssociationRow{.extension = u"hdf", .type_name = 434, .extension_description = 304, .long_description = 305,
+                       .filter_name = 306, .icon = kHardDiskIcon, .drive = DriveType::hard_disk,
+                       .flags = kWritableImageFlags},
+    FileAssociationRow{.extension = u"hdz", .type_name = 434, .extension_description = 307, .long_description = 308,
+                       .filter_name = 309, .icon = kHardDiskIcon, .drive = DriveType::hard_disk,
+                       .flags = kWritableImageFlags},
+    FileAssociationRow{.extension = u"ipf", .type_name = 156, .extension_description = 153, .long_description = 154,
+                       .filter_name = 155, .icon = kFloppyDiskIcon, .drive = DriveType::floppy,
+                       .flags = kReadOnlyFlags},
+    FileAssociationRow{.extension = u"iso", .type_name = kNone, .extension_description = kNone,
+                       .long_description = kNone, .filter_name = 196, .icon = kNone, .drive = DriveType::cd,
+                       .flags = kReadOnlyFlags},
+    FileAssociationRow{.extension = u"scp", .type_name = 156, .extension_description = 519, .long_description = 520,
+                       .filter_name = 521, .icon = kFloppyDiskIcon, .drive = DriveType::floppy,
+                       .flags = kWritableImageFlags},
+    FileAssociationRow{.extension = u"uae", .type_name = 1136, .extension_description = 1137,
+                       .long_description = 1138, .filter_name = 1135, .icon = kFloppyDiskIcon,
+                       .drive = DriveType::floppy, .flags = kConfigurationFileFlags},
+};
+
+static_assert(kRows.size() == kFileAssociationCount);
+static_assert(std::ranges::adjacent_find(kRows, std::ranges::greater_equal{}, &FileAssociationRow::extension) ==
+                  kRows.end(),
+              "one row per extension, in alphabetical order");
+// A type either is described in full, with an icon, or has only its filter (the CD types).
+static_assert(std::ranges::all_of(kRows, [](const FileAssociationRow& row) {
+    const bool described = row.type_name != kNone && row.extension_description != kNone &&
+                           row.long_description != kNone && row.icon != kNone;
+    const bool bare = row.type_name == kNone && row.extension_description == kNone &&
+                      row.long_description == kNone && row.icon == kNone;
+    return row.filter_name != kNone && (described || bare);
+}));
+
+std::u16string loaded_text(std::uint16_t id, std::size_t max_chars) {
+    return id == kNone ? std::u16string() : platform::load_string(id, max_chars);
+}
+
+namespace field {
+constexpr std::size_t extension = 8, type_name = 16, extension_description = 24, long_description = 32,
+                      filter_pattern = 40, filter_name = 48, icon_location = 56, category = 64, flags = 68;
+} // namespace field
+constexpr std::size_t kRecordBytes = 72;
+
+} // namespace
+
+std::optional<FileAssociationTexts> file_association(std::uint32_t index, std::u16string_view module_path) {
+    if (index >= kRows.size()) return std::nullopt;
+    const FileAssociationRow& row = kRows[index];
+    FileAssociationTexts texts{.extension = std::u16string(row.extension),
+                               .type_name = loaded_text(row.type_name, kMaxShortTextChars),
+                               .extension_description = loaded_text(row.extension_description, kMaxShortTextChars),
+                               .long_description = loaded_text(row.long_description, kMaxStringChars),
+                               .filter_pattern = u"*." + std::u16string(row.extension),
+                               .filter_name = loaded_text(row.filter_name, kMaxShortTextChars),
+                               .icon_location = {},
+                               .category = static_cast<std::uint32_t>(row.drive),
+                               .flags = row.flags};
+    // The desktop's form for an icon resource: the file, a comma and the negated resource id.
+    if (row.icon != kNone && !module_path.empty())
+        texts.icon_location = std::u16string(module_path) + u"," + decimal_text(-std::int64_t{row.icon});
+    return texts;
+}
+
+platform::HeapBlock pack_file_association(const FileAssociationTexts& association) {
+    RecordPacker packer(kRecordBytes);
+    // Added in field order: the packer lays the strings out in the order they come.
+    packer.add_text(field::extension, std::u16string_view(association.extension));
+    packer.add_text(field::type_name, std::u16string_view(association.type_name));
+    packer.add_text(field::extension_description, std::u16string_view(association.extension_description));
+    packer.add_text(field::long_description, std::u16string_view(association.long_description));
+    packer.add_text(field::filter_pattern, std::u16string_view(association.filter_pattern));
+    packer.add_text(field::filter_name, std::u16string_view(association.filter_name));
+    packer.add_text(field::icon_location, std::u16string_view(association.icon_location));
+    packer.set_u32(field::category, association.category);
+    packer.set_u32(field::flags, association.flags);
+    return packer.pack(platform::Heap::local);
+}
+
+} // namespace kq::content
