@@ -131,6 +131,16 @@ kq_status KQSetOption(const kq_char* name, const kq_char* value, const kq_char* 
                       const kq_char* reserved2);
 
 /* Content identification and auto-configuration. */
+/* File associations: the file types that the platform claims, by index (0 "adf", 1 "adz",
+ * 2 "cue", 3 "dms", 4 "hdf", 5 "hdz", 6 "ipf", 7 "iso", 8 "scp", 9 "uae"). KQGetFileAssociation
+ * sets *association to NULL, then to a new record and returns KQ_S_OK; KQ_S_FALSE (and NULL)
+ * from index KQ_FILE_ASSOCIATION_COUNT on; KQ_E_INVALIDARG for a null association pointer;
+ * KQ_E_OUTOFMEMORY when the record cannot be allocated. The record is one local-heap block,
+ * the 72-byte header followed by its seven strings; no string pointer is NULL, a text the type
+ * does not have is empty ("cue" and "iso" have only the extension, filter pattern and filter
+ * name). Texts follow the module's string table. KQFreeFileAssociation releases the record
+ * with LocalFree and returns KQ_S_OK; NULL does nothing. */
+#define KQ_FILE_ASSOCIATION_COUNT 10
 kq_status KQGetFileAssociation(uint32_t index, KQFileAssociation** association);
 kq_status KQFreeFileAssociation(KQFileAssociation* association);
 
@@ -163,6 +173,22 @@ kq_status KQGetContentTooltip(uint8_t drive_type, uint32_t drive_index, const kq
 kq_status KQGetContentInfo(uint8_t drive_type, uint32_t drive_index, const kq_char* list,
                            const kq_char* records, kq_char* buffer, uint32_t buffer_chars,
                            uint32_t flags);
+
+/* Flag of KQAutoConfigureApplication: input is the path of an emulator configuration file. */
+#define KQ_AUTOCONFIGURE_IMPORT 0x1
+
+/* Completes an application description that lists only media. input is the XML text of a
+ * catalog document ("xadml/catalog/application" with its media; the declaration's encoding is
+ * ignored, the text is UTF-16) or, with KQ_AUTOCONFIGURE_IMPORT, the path of a ".uae" emulator
+ * configuration file; reserved is not read. On success *xml receives the completed document as
+ * zero-terminated UTF-8 text with its XML declaration: the model, the boot medium first, memory,
+ * floppy drives and the game ports' controllers. The text comes from the global heap: free it
+ * with GlobalFree. *xml is set to NULL first and stays NULL on failure, and also with KQ_S_OK
+ * when the catalog lists no media. KQ_E_POINTER for a null input or xml; KQ_E_INVALIDARG in
+ * import mode when the path's extension is not "uae"; KQ_E_FAIL when a medium cannot be
+ * analysed or no model can be settled; KQ_STATUS_FROM_WIN32(1157) when an IPF image needs the
+ * CAPSImg library, which is missing; the parser's status for a catalog that does not parse
+ * (KQ_STATUS_FROM_WIN32(13)). */
 kq_status KQAutoConfigureApplication(const kq_char* input, void* reserved, uint32_t flags,
                                      char** xml);
 

@@ -31,6 +31,8 @@ std::span<const Command> configuration_commands();
 std::span<const Command> keyboard_commands();
 std::span<const Command> media_commands();
 std::span<const Command> content_commands();
+std::span<const Command> association_commands();
+std::span<const Command> autoconfig_commands();
 
 // An export of the loaded DLL as its own function type, or null.
 template <class Function>
