@@ -78,3 +78,13 @@ printf '%s\n' '<?xml version="1.0" encoding="UTF-8"?>' \
   > build/win64/demo/boot.kq9
 kqhost boot-tag "$demo_folder\\boot.kq9" "$demo_folder\\data"
 kqhost device-command 7 2 a-1200
+# Loose media completed into an application: the bootable template chooses an A1200 and goes
+# first; a fixed A600 keeps its model and boots the system floppy.
+kqhost autoconfig "$demo_folder\\Demo.adf" "$template"
+kqhost autoconfig --model a-600 "$demo_folder\\Demo.adf"
+# An emulator configuration file imported as an application, and the file types the platform
+# claims for the host's open-file dialogs.
+printf '%s\r\n' 'config_description=Demo A1200' 'chipset_compatible=A1200' 'chipmem_size=4' 'fastmem_size=8' \
+  'cpu_type=68020' 'joyport0=mouse' 'joyport1=joy1' 'floppy0=Demo.adf' 'floppy1type=0' > build/win64/demo/Demo.uae
+kqhost import-uae "$demo_folder\\Demo.uae"
+kqhost associations
