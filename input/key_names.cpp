@@ -104,6 +104,8 @@ std::optional<std::u16string> raw_key_label(const KeyboardInputData& record, std
 HResult key_display_name(const KeyboardInputData& record, std::u16string_view text, std::span<char16_t> buffer) {
     constexpr HResult kInsufficientBuffer = status::from_win32(platform::system_error::buffer_overflow);
     constexpr HResult kNotFound = status::from_win32(platform::system_error::not_found);
+    // An empty text (or one of "+" alone) names nothing: the host then reads an empty name.
+    if (!buffer.empty()) buffer[0] = 0;
     NameWriter writer(buffer);
     while (!text.empty()) {
         if (text.front() == u'+' && text.size() > 1) {

@@ -129,6 +129,7 @@ TEST(KeyNames, DisplayNamesOfCombinations) {
         {u"en-us", u"PLUS", status::ok, {u"Shift+="}},
         {u"en-us", u"+", status::ok, {u"Shift+="}},
         {u"en-us", u"A+PLUS", status::ok, {u"A", u"Shift+="}},
+        {u"en-us", u"", status::ok, {u""}},  // no key: an empty name, not the buffer's old content
         {u"en-us", u"NO SUCH KEY", status::from_win32(1168), {}},
         {u"en-us", u"\u4e00", status::from_win32(1168), {}},
     };
