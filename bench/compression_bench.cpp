@@ -10,9 +10,10 @@
 // themselves. The deflater writes the module's gzip layout at zlib's default level, which is
 // gzip -6's; both inflaters read the file gzip wrote. The outputs are compared byte for byte.
 // The module's peak memory is also measured on an image a quarter of the size: it must not grow
-// with the image.
+// with the image. --summary ends the output with a machine-readable line.
 
 #include "bench/child_process.h"
+#include "bench/summary.h"
 #include "media/deflate.h"
 #include "media/inflate.h"
 
@@ -93,6 +94,7 @@ void report(const char* operation, double megabytes, const Measurement& ours, co
 } // namespace
 
 int main(int argc, char** argv) {
+    const bool summary = kq::bench::take_flag(argc, argv, "--summary");
     if (argc == 5 && std::strcmp(argv[1], "--worker") == 0) return worker(argv[2], argv[3], argv[4]);
     std::size_t megabytes = 256;
     fs::path folder = fs::temp_directory_path();
@@ -144,6 +146,23 @@ int main(int argc, char** argv) {
                 quarter, megabytes, small_deflate.peak_kib, ours_deflate.peak_kib, small_inflate.peak_kib,
                 ours_inflate.peak_kib);
 
+    if (summary) {
+        const double mebibytes = static_cast<double>(megabytes);
+        kq::bench::Summary line("compression");
+        line.add("mebibytes", static_cast<long>(megabytes));
+        line.add("deflate_module_mib_per_s", mebibytes / ours_deflate.seconds);
+        line.add("deflate_module_peak_kib", ours_deflate.peak_kib);
+        line.add("deflate_module_bytes", static_cast<long>(fs::file_size(file("ours.hdz"))));
+        line.add("deflate_gzip_bytes", static_cast<long>(fs::file_size(file("gzip.gz"))));
+        line.add("deflate_gzip_mib_per_s", mebibytes / gzip_deflate.seconds);
+        line.add("deflate_gzip_peak_kib", gzip_deflate.peak_kib);
+        line.add("inflate_module_mib_per_s", mebibytes / ours_inflate.seconds);
+        line.add("inflate_module_peak_kib", ours_inflate.peak_kib);
+        line.add("inflate_gzip_mib_per_s", mebibytes / gzip_inflate.seconds);
+        line.add("inflate_gzip_peak_kib", gzip_inflate.peak_kib);
+        line.add("ok", static_cast<long>(failures == 0));
+        line.print();
+    }
     fs::remove_all(folder);
     return failures == 0 ? 0 : 1;
 }

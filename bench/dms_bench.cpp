@@ -10,8 +10,11 @@
 // into one image file: the module's unpacker through this program started again in a worker
 // mode, xdms as "xdms -q u A +OUT A +OUT ...". Its peak resident memory is the child's
 // (wait4). Throughput counts the image's bytes; the two images are compared byte for byte.
+// --summary ends the output with a machine-readable line: all archives together, and the
+// largest peak memory of each contender.
 
 #include "bench/child_process.h"
+#include "bench/summary.h"
 #include "media/dms/dms_unpacker.h"
 
 #include <fcntl.h>
@@ -65,6 +68,7 @@ int worker(int repetitions, const std::string& in, const std::string& out) {
 } // namespace
 
 int main(int argc, char** argv) {
+    const bool summary = kq::bench::take_flag(argc, argv, "--summary");
     if (argc == 5 && std::strcmp(argv[1], "--worker") == 0) return worker(std::atoi(argv[2]), argv[3], argv[4]);
     int repetitions = 50, rounds = 5;
     fs::path data = KQ_DMS_BENCH_DATA, folder = fs::temp_directory_path();
@@ -92,7 +96,8 @@ int main(int argc, char** argv) {
     std::printf("| %-20s | %8s | %8s | %5s | %9s | %9s |\n", "archive", "MiB/s", "MiB/s", "", "peak KiB", "peak KiB");
     std::printf("|----------------------|----------|----------|-------|-----------|-----------|\n");
     int failures = 0;
-    double ours_total = 0, xdms_total = 0;
+    double ours_total = 0, xdms_total = 0, mebibytes_total = 0;
+    long ours_peak = 0, xdms_peak = 0;
     for (const fs::path& archive : archives) {
         const std::string in = archive.string(), ours_out = (folder / "module.adf").string(),
                           xdms_out = (folder / "xdms.adf").string();
@@ -121,6 +126,9 @@ int main(int argc, char** argv) {
                     xdms.peak_kib);
         ours_total += ours.seconds;
         xdms_total += xdms.seconds;
+        mebibytes_total += mebibytes;
+        ours_peak = std::max(ours_peak, ours.peak_kib);
+        xdms_peak = std::max(xdms_peak, xdms.peak_kib);
         fs::remove(ours_out);
         fs::remove(xdms_out);
     }
@@ -128,6 +136,18 @@ int main(int argc, char** argv) {
         std::printf("\nAll archives: module %.3f s, xdms %.3f s, ratio %.2f\n", ours_total, xdms_total,
                     xdms_total / ours_total);
     std::printf("(ratio: xdms's time over the module's; above 1, the module is faster)\n");
+    if (summary && ours_total > 0 && xdms_total > 0) {
+        kq::bench::Summary line("dms");
+        line.add("archives", static_cast<long>(archives.size()));
+        line.add("repetitions", static_cast<long>(repetitions));
+        line.add("rounds", static_cast<long>(rounds));
+        line.add("module_mib_per_s", mebibytes_total / ours_total);
+        line.add("module_peak_kib", ours_peak);
+        line.add("xdms_mib_per_s", mebibytes_total / xdms_total);
+        line.add("xdms_peak_kib", xdms_peak);
+        line.add("ok", static_cast<long>(failures == 0));
+        line.print();
+    }
     fs::remove_all(folder);
     return failures == 0 && !archives.empty() ? 0 : 1;
 }

@@ -7,9 +7,11 @@
 // text here and there between empty stretches. The peer, measured in the same run, is GNU gzip
 // inflating the whole file (gzip -dc): the module reads the image only up to the root block,
 // so it should take about half that time, with memory that does not grow with the image. Each
-// side runs as a process of its own (peak resident memory from wait4).
+// side runs as a process of its own (peak resident memory from wait4). --summary ends the
+// output with a machine-readable line.
 
 #include "bench/child_process.h"
+#include "bench/summary.h"
 #include "media/medium_names.h"
 
 #include <cstdio>
@@ -94,6 +96,7 @@ std::uint64_t write_image(const fs::path& path, std::uint64_t megabytes) {
 } // namespace
 
 int main(int argc, char** argv) {
+    const bool summary = kq::bench::take_flag(argc, argv, "--summary");
     if (argc == 3 && std::strcmp(argv[1], "--worker") == 0) {
         const std::string path = argv[2];
         const std::optional<std::u16string> name = kq::media::read_volume_name(std::u16string(path.begin(), path.end()));
@@ -128,6 +131,16 @@ int main(int argc, char** argv) {
     std::printf("| %-28s | %8.3f | %9ld |\n", "module: volume name", ours.seconds, ours.peak_kib);
     std::printf("| %-28s | %8.3f | %9ld |\n", "gzip -dc: whole image", gzip.seconds, gzip.peak_kib);
     std::printf("\nratio (gzip's time over the module's): %.2f\n", gzip.seconds / ours.seconds);
+    if (summary) {
+        kq::bench::Summary line("volume_name");
+        line.add("mebibytes", static_cast<long>(megabytes));
+        line.add("module_seconds", ours.seconds);
+        line.add("module_peak_kib", ours.peak_kib);
+        line.add("gzip_seconds", gzip.seconds);
+        line.add("gzip_peak_kib", gzip.peak_kib);
+        line.add("ok", static_cast<long>(failures == 0));
+        line.print();
+    }
     fs::remove_all(folder);
     return failures == 0 ? 0 : 1;
 }
