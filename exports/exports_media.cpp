@@ -77,6 +77,9 @@ extern "C" kq_status KQFreeEmptyMedium(kq_char* path) {
 extern "C" kq_status KQCopyMediumFile(const kq_char* source, const kq_char* target_folder, uint32_t flags,
                                       kq_char* buffer, uint32_t buffer_chars) {
     if (source == nullptr || target_folder == nullptr || buffer == nullptr || buffer_chars == 0) return KQ_E_INVALIDARG;
+    // Refused before any file-system look-up: the core looks for the short names of non-ASCII
+    // elements first, which would turn a source without "\" into a file-system error.
+    if (kq::text_view(source).find(u'\\') == std::u16string_view::npos) return KQ_E_INVALIDARG;
     return kq::guard([&] {
         std::u16string target;
         const kq::HResult result =

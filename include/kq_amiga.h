@@ -188,7 +188,8 @@ kq_status KQGetContentInfo(uint8_t drive_type, uint32_t drive_index, const kq_ch
  * import mode when the path's extension is not "uae"; KQ_E_FAIL when a medium cannot be
  * analysed or no model can be settled; KQ_STATUS_FROM_WIN32(1157) when an IPF image needs the
  * CAPSImg library, which is missing; the parser's status for a catalog that does not parse
- * (KQ_STATUS_FROM_WIN32(13)). */
+ * (KQ_STATUS_FROM_WIN32(13)); the file system's error for a configuration file that cannot be
+ * read. */
 kq_status KQAutoConfigureApplication(const kq_char* input, void* reserved, uint32_t flags,
                                      char** xml);
 
@@ -249,12 +250,14 @@ kq_status KQGetDefaultInputPortContent(const kq_char* model_id, uint32_t port,
 kq_status KQGetRuntimeMedium(const kq_char* image_path, const kq_char* alternate_folder,
                              kq_char* buffer, uint32_t buffer_chars, uint32_t flags);
 /* *changed = 1 when the copy's last-write time differs from the one recorded (or none was),
- * else 0. KQ_E_INVALIDARG for null arguments or a name that is not <key>-<name>. */
+ * else 0; it is set only on success. KQ_E_INVALIDARG for null arguments or a name that is not
+ * <key>-<name>; the file system's error when the record or the copy cannot be read. */
 kq_status KQCheckRuntimeMedium(const kq_char* working_copy, uint32_t* changed);
 /* Writes a changed copy back when flags ask for it (compressed again for ".adz"/".hdz"; the new
  * image is written beside the old one and then takes its place), then deletes the copy and its
  * record. When writing back fails, its status is returned and the copy and record stay for
- * another try. reserved is ignored. */
+ * another try. reserved is ignored. KQ_E_INVALIDARG for a null path or a name that is not
+ * <key>-<name>; the file system's error when the record cannot be read (nothing is deleted). */
 #define KQ_RUNTIME_MEDIUM_WRITE_BACK 0x0Fu     /* any of these bits */
 #define KQ_RUNTIME_MEDIUM_ASSUME_CHANGED 0x10u /* skip the time comparison */
 kq_status KQDismissRuntimeMedium(const kq_char* working_copy, void* reserved, uint32_t flags);
@@ -267,6 +270,8 @@ kq_status KQDismissRuntimeMedium(const kq_char* working_copy, void* reserved, ui
  * must_be_zero or another kind, KQ_STATUS_FROM_WIN32(1168) when the template is missing,
  * KQ_STATUS_FROM_WIN32(111) for a temporary folder too deep, else the file system's error (and
  * nothing is left behind). KQGetEmptyMedium is kind 0. */
+#define KQ_EMPTY_MEDIUM_DD 0u /* 880 KB double-density floppy */
+#define KQ_EMPTY_MEDIUM_HD 1u /* 1,760 KB high-density floppy */
 kq_status KQGetEmptyMedium(kq_char** path, void* reserved, uint32_t must_be_zero);
 kq_status KQGetEmptyMedium2(kq_char** path, void* reserved, uint32_t must_be_zero,
                             uint32_t kind);
@@ -302,7 +307,8 @@ kq_status KQGetVolumeName(const kq_char* image_path, kq_char* buffer, uint32_t b
  * Shared\hdf\workbench-<tag>.hdf, Shared\dir\System (3x0) or Shared\dir\AROS (aros). *path
  * (may be null) receives the path from the global heap (GlobalFree). KQ_E_INVALIDARG for a
  * null manifest or root, a non-zero operation, an unknown type or dir tag; a manifest without
- * a boot element or type returns the lookup's status. */
+ * a boot element or type returns the lookup's status (KQ_STATUS_FROM_WIN32(1168)), an empty
+ * boot element KQ_E_FAIL. */
 kq_status KQBootTag(const char* manifest_utf8, const kq_char* data_root, uint32_t operation,
                     kq_char** path);
 /* Device commands: category 2 (low byte) with model "a-cdtv", the CD buttons (0 Play/Pause,
@@ -331,7 +337,9 @@ kq_status KQFreeDeviceCommand(KQDeviceCommand* command);
  * 18-19 character mode: 1 translate `character`, 3 defer it; bit 20 key down; bit 28 fetch the
  * next queued event instead) and answers raw key event words: bit 31 valid, bit 30 release,
  * bit 29 press, bit 28 more events pending (fetch them), bits 0-6 the Amiga raw key. KQ_S_OK;
- * KQ_E_FAIL when a fetch finds no event; KQ_E_INVALIDARG for a null record. */
+ * KQ_E_FAIL when a fetch finds no event (answer untouched); KQ_E_INVALIDARG for a null record.
+ * KQPreprocessKeyboardInput and KQProcessKeyboardInput accept a null answer pointer: the call
+ * has its effect on the record (a fetched event leaves the queue) and the answer is dropped. */
 int64_t KQGetKeyboardInputData(const kq_char* system_id, const kq_char* layout_id,
                                const uint8_t* keymap, uint32_t keymap_bytes, uint32_t key_a,
                                uint32_t key_b, uint32_t reserved, KQKeyboardInputData** data);
@@ -345,14 +353,15 @@ int64_t KQPreprocessKeyboardInput(uint64_t host_key, uint64_t unused, KQKeyboard
 int64_t KQProcessKeyboardInput(uint64_t host_key, uint64_t character, KQKeyboardInputData* data,
                                uint32_t flags, uint32_t* answer);
 /* The layout id, a tab and the layout's name ("de-de\tGerman - Germany") of a keymap image
- * (version 1, 658 bytes); HRESULT_FROM_WIN32(ERROR_INSUFFICIENT_BUFFER) unless the buffer is
- * longer than the text; KQ_E_INVALIDARG for a missing image or buffer. */
+ * (version 1, 658 bytes; any other bytes give the default "en-us"); KQ_STATUS_FROM_WIN32(111)
+ * (ERROR_BUFFER_OVERFLOW) unless the buffer is longer than the text; KQ_E_INVALIDARG for a
+ * missing image or buffer, or one of length 0. */
 kq_status KQGetKeyboardLayout(uint32_t unused, const uint8_t* keymap, uint32_t keymap_bytes,
                               kq_char* buffer, uint32_t buffer_chars);
 /* The names of the keys of a combination ("CONTROL+LEFT AMIGA", "!"), one NUL-terminated name
- * per stroke, back to back ("Shift+1"); HRESULT_FROM_WIN32(ERROR_INSUFFICIENT_BUFFER) when the
- * buffer runs out, HRESULT_FROM_WIN32(ERROR_NOT_FOUND) for a token that names nothing or
- * without a system id, KQ_E_INVALIDARG for a missing text or buffer. */
+ * per stroke, back to back ("Shift+1"); KQ_STATUS_FROM_WIN32(111) (ERROR_BUFFER_OVERFLOW) when
+ * the buffer runs out, HRESULT_FROM_WIN32(ERROR_NOT_FOUND) for a token that names nothing or
+ * without a system id, KQ_E_INVALIDARG for a missing text or buffer or a buffer_chars of 0. */
 kq_status KQGetKeyDisplayName(const kq_char* key_text, const kq_char* system_id,
                               const kq_char* layout_id, kq_char* buffer, uint32_t buffer_chars,
                               uint32_t key_a, uint32_t key_b);
@@ -360,6 +369,9 @@ kq_status KQGetKeyDisplayName(const kq_char* key_text, const kq_char* system_id,
  * (mode 0) or press (bit 0) or release (bit 1 alone) the key combination `text` names, in the
  * record's layout. From the global heap; free it with KQFreeStringRawKeys. KQ_E_POINTER for a
  * null result pointer; KQ_S_OK and no string for a null text; KQ_E_INVALIDARG for a null record. */
+#define KQ_RAW_KEYS_TYPE 0x0u    /* type `text`, character by character */
+#define KQ_RAW_KEYS_PRESS 0x1u   /* press the keys of the combination `text` names */
+#define KQ_RAW_KEYS_RELEASE 0x2u /* release them (counts only without KQ_RAW_KEYS_PRESS) */
 kq_status KQGetStringRawKeys(const kq_char* text, KQKeyboardInputData* data, uint32_t mode,
                              kq_char** keys);
 kq_status KQFreeStringRawKeys(kq_char* keys);
@@ -367,7 +379,8 @@ kq_status KQFreeStringRawKeys(kq_char* keys);
  * KQ_S_OK also when there is nothing to copy, KQ_E_INVALIDARG for any other action. */
 kq_status KQBackupKeyboardSettings(uint32_t action);
 /* The name of button `mask` (one bit) on a controller of `kind` (2 two-button joystick,
- * 3 three-button joystick, 4 seven-button game pad), cut to the buffer; buffer may be NULL.
+ * 3 three-button joystick, 4 seven-button game pad), cut to the buffer; buffer may be NULL
+ * and buffer_chars 0 (KQ_S_OK, nothing written).
  * HRESULT_FROM_WIN32(ERROR_NOT_FOUND), buffer untouched, for a pair that has no name. */
 kq_status KQGetInputButtonName(uint32_t mask, uint32_t unused, uint32_t kind, kq_char* buffer,
                                uint32_t buffer_chars);

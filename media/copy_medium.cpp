@@ -76,13 +76,22 @@ void make_writable(std::u16string_view path) {
     if (attributes && (*attributes & kUnwanted) != 0) platform::set_file_attributes(path, *attributes & ~kUnwanted);
 }
 
+// Copies a file over `to`. When the copy fails (a full disk), a file that it created goes
+// again, so that no half-written copy stays; one that was there before is left alone, as it
+// may be the source itself.
 HResult copy_plain(std::u16string_view from, std::u16string_view to) {
-    if (const platform::SystemError error = platform::copy_file(from, to); error != 0) return status::from_win32(error);
+    const bool existed = platform::file_attributes(to).has_value();
+    if (const platform::SystemError error = platform::copy_file(from, to); error != 0) {
+        if (!existed) platform::delete_file_robustly(to);
+        return status::from_win32(error);
+    }
     make_writable(to);
     return status::ok;
 }
 
-// The data files of a CUE sheet, from the sheet's folder into the target folder.
+// The data files of a CUE sheet, from the sheet's folder into the target folder. When one
+// fails, the copies that this call created go again: a sheet's files come complete or not at
+// all.
 HResult copy_cue_data_files(std::u16string_view sheet, const std::u16string& target_folder) {
     std::vector<CueDataFile> files;
     switch (read_cue_sheet_file(sheet, files)) {
@@ -92,10 +101,17 @@ HResult copy_cue_data_files(std::u16string_view sheet, const std::u16string& tar
     case CueError::unreadable: return status::failure_from_win32(platform::last_system_error());
     }
     const std::u16string_view sheet_folder = sheet.substr(0, sheet.rfind(u'\\') + 1);
+    std::vector<std::u16string> created;
     for (const CueDataFile& file : files) {
         std::u16string from(sheet_folder);
         from += file.relative_path;
-        if (const HResult copied = copy_plain(from, target_folder + file.file_name); copied != status::ok) return copied;
+        std::u16string to = target_folder + file.file_name;
+        const bool existed = platform::file_attributes(to).has_value();
+        if (const HResult copied = copy_plain(from, to); copied != status::ok) {
+            for (const std::u16string& made : created) platform::delete_file_robustly(made);
+            return copied;
+        }
+        if (!existed) created.push_back(std::move(to));
     }
     return status::ok;
 }
@@ -168,8 +184,10 @@ HResult copy_medium_file(std::u16string_view source_path, std::u16string_view ta
         break;
     case Conversion::none:
         result = copy_plain(source, path);
-        if (result == status::ok && ends_with_ignoring_case(source_name, u".cue"))
+        if (result == status::ok && ends_with_ignoring_case(source_name, u".cue")) {
             result = copy_cue_data_files(source, folder);
+            if (result != status::ok) platform::delete_file_robustly(path);  // a sheet without its files
+        }
         break;
     }
     if (conversion != Conversion::none) {

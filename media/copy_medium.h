@@ -29,7 +29,8 @@ std::u16string ascii_file_name(std::u16string_view file_name);
 // the source), E_FAIL (no free name), HRESULT_FROM_WIN32(80) (the target exists with
 // kCopyMediumNoOverwrite), HRESULT_FROM_WIN32(13) (unpacking failed; the partial image is
 // removed), HRESULT_FROM_WIN32(161) (a CUE sheet names a file outside its folder), or the
-// system's error. Every file written loses its read-only and hidden attributes.
+// system's error (such as a full disk; the copies this call made are removed). Every file
+// written loses its read-only and hidden attributes.
 HResult copy_medium_file(std::u16string_view source, std::u16string_view target_folder, std::uint32_t flags,
                          std::u16string& target);
 

@@ -19,7 +19,9 @@ constexpr std::size_t kMaxPathChars = 260;
 HResult system_failure() { return status::failure_from_win32(platform::last_system_error()); }
 
 // A new folder in the temporary folder named by the system's temporary-name service, trying the
-// 16-bit numbers in turn from one taken from the tick count.
+// 16-bit numbers in turn from one taken from the tick count. A folder that cannot be created
+// for another reason than its name being taken (a read-only or full disk) ends the search with
+// that reason: no other name would fare better.
 HResult make_private_folder(std::u16string& folder) {
     const std::optional<std::u16string> temp = platform::temp_folder();
     if (!temp) return system_failure();
@@ -30,10 +32,13 @@ HResult make_private_folder(std::u16string& folder) {
         const std::optional<std::u16string> name = platform::temp_file_name(*temp, kFolderPrefix, number);
         if (!name) return system_failure();
         if (platform::file_attributes(*name)) continue;
-        if (platform::create_folder(*name) == 0) {
+        const platform::SystemError error = platform::create_folder(*name);
+        if (error == 0) {
             folder = *name;
             return status::ok;
         }
+        if (error != platform::system_error::already_exists && error != platform::system_error::file_exists)
+            return status::from_win32(error);
     }
     return status::from_win32(platform::system_error::too_many_names);
 }

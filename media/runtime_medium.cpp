@@ -10,6 +10,7 @@
 #include "platform/file_operations.h"
 #include "platform/files.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <vector>
@@ -50,10 +51,11 @@ std::u16string guid_text(const platform::Guid& guid) {
     return std::u16string(text, text + kRuntimeKeyChars);
 }
 
-// A caller's key becomes part of two file names: exactly a key's length, no path characters.
+// A caller's key becomes part of two file names: exactly a key's length, no path characters and
+// no control characters (U+0000 to U+001F), which no Windows file name holds.
 bool is_usable_key(std::u16string_view key) {
     return key.size() == kRuntimeKeyChars && key.find_first_of(u"\\/:*?\"<>|") == std::u16string_view::npos &&
-           key.find(u'\0') == std::u16string_view::npos;
+           std::ranges::none_of(key, [](char16_t c) { return c < 0x20; });
 }
 
 std::optional<platform::FileTime> last_write_time_of(std::u16string_view path, HResult& failure) {
@@ -175,6 +177,11 @@ HResult write_beside(const std::u16string& image_path, WriteTo write_to) {
 }
 
 HResult write_back(std::u16string_view working_copy, const std::u16string& image_path) {
+    // A read-only image stays as it is: renaming would get round the attribute, and the
+    // refusal keeps copy and record for a later try.
+    if (const std::optional<std::uint32_t> attributes = platform::file_attributes(image_path);
+        attributes && (*attributes & platform::kAttributeReadOnly) != 0)
+        return status::from_win32(platform::system_error::access_denied);
     if (image_kind(image_path) == ImageKind::compressed)
         return write_beside(image_path, [&](std::u16string_view target) { return deflate_file(working_copy, target, image_path);
         });

@@ -46,7 +46,9 @@ HResult make_runtime_medium(const RuntimeMediumRequest& request, std::u16string&
 HResult check_runtime_medium(std::u16string_view working_copy, bool& changed);
 
 // Writes the copy back when `flags` ask for it and it changed, then deletes the copy and its
-// record. A failed write-back returns its error and leaves both in place.
+// record. A failed write-back returns its error (the system's, such as a full disk, or
+// HRESULT_FROM_WIN32(5) for an image with the read-only attribute) and leaves both in place;
+// the user's image is then as it was.
 HResult dismiss_runtime_medium(std::u16string_view working_copy, std::uint32_t flags);
 
 // The name beside the user's image that writing back goes through: the first of

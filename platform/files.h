@@ -49,7 +49,8 @@ public:
     std::optional<FileTime> last_write_time() const noexcept;
     // Reads up to buffer.size() bytes: the count read (0 at the end), or nullopt on failure.
     std::optional<std::size_t> read(std::span<std::byte> buffer) noexcept;
-    // Writes the bytes: the count written, or nullopt on failure.
+    // Writes the bytes: the count written (fewer when a write failed part way, for example on
+    // a full disk, with the reason in last_system_error()), or nullopt when nothing was written.
     std::optional<std::size_t> write(std::span<const std::byte> bytes) noexcept;
     bool seek(std::uint64_t offset) noexcept;
     bool flush() noexcept;

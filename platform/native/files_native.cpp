@@ -29,7 +29,9 @@ SystemError from_errno(int error) {
     case EPERM:
     case EISDIR: return system_error::access_denied;
     case EEXIST: return system_error::already_exists;
-    case ENOSPC: return 112;  // ERROR_DISK_FULL
+    case ENOSPC:
+    case EDQUOT:
+    case EFBIG: return 112;  // ERROR_DISK_FULL: no room (a quota or a file-size limit counts as full)
     case EROFS: return 19;    // ERROR_WRITE_PROTECT
     case EBUSY: return 32;    // ERROR_SHARING_VIOLATION
     case ENAMETOOLONG: return 206;  // ERROR_FILENAME_EXCED_RANGE

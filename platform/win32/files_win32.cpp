@@ -65,10 +65,18 @@ std::optional<std::size_t> File::read(std::span<std::byte> buffer) noexcept {
 }
 
 std::optional<std::size_t> File::write(std::span<const std::byte> bytes) noexcept {
-    const DWORD wanted = static_cast<DWORD>(std::min<std::size_t>(bytes.size(), 1u << 30));
-    DWORD written = 0;
-    if (!WriteFile(as_handle(handle_), bytes.data(), wanted, &written, nullptr)) return std::nullopt;
-    return written;
+    // WriteFile counts in 32 bits, and a disk that fills up may take part of the bytes: write
+    // on, so that the write that fails leaves its reason in GetLastError.
+    std::size_t total = 0;
+    while (total < bytes.size()) {
+        const DWORD wanted = static_cast<DWORD>(std::min<std::size_t>(bytes.size() - total, 1u << 30));
+        DWORD written = 0;
+        if (!WriteFile(as_handle(handle_), bytes.data() + total, wanted, &written, nullptr))
+            return total > 0 ? std::optional<std::size_t>(total) : std::nullopt;
+        if (written == 0) break;
+        total += written;
+    }
+    return total;
 }
 
 bool File::seek(std::uint64_t offset) noexcept {

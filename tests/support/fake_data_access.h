@@ -24,3 +24,7 @@ struct FakeDataAccessLog {
 // Exported by the stand-in under these names.
 using FakeDataAccessGetLogFn = const FakeDataAccessLog* (*)();
 using FakeDataAccessResetFn = void (*)(std::int32_t status_to_return);
+// From now on each call of the library waits `hold_ms` and then appends a line
+// "<process id> <entered> <left>" (QueryPerformanceCounter ticks) to the file at `path`
+// (Windows build only; an empty path stops it).
+using FakeDataAccessTraceFn = void (*)(const char16_t* path, std::uint32_t hold_ms);
