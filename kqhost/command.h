@@ -33,6 +33,7 @@ std::span<const Command> media_commands();
 std::span<const Command> content_commands();
 std::span<const Command> association_commands();
 std::span<const Command> autoconfig_commands();
+std::span<const Command> version_commands();
 
 // An export of the loaded DLL as its own function type, or null.
 template <class Function>

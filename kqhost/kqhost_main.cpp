@@ -17,10 +17,10 @@
 namespace kqhost {
 namespace {
 
-const std::array<std::span<const Command>, 9> kCommandFamilies{
+const std::array<std::span<const Command>, 10> kCommandFamilies{
     module_commands(), option_commands(),  configuration_commands(), keyboard_commands(),
     media_commands(),  content_commands(), association_commands(), autoconfig_commands(),
-    manifest_commands()};
+    manifest_commands(), version_commands()};
 
 const Command* find_command(std::wstring_view name) {
     for (std::span<const Command> family : kCommandFamilies)

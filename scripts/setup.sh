@@ -21,7 +21,7 @@ packages=(
   # fuzzing and sanitizers with clang
   clang lld libclang-rt-14-dev
   # independent tools that the tests and benchmarks check the media code against
-  gzip zip 7zip xdms unadf genisoimage
+  gzip zip unzip 7zip xdms unadf genisoimage
 )
 missing=()
 for p in "${packages[@]}"; do

@@ -1,0 +1,85 @@
+# Installs the build into a fresh prefix and packs it with CPack, then checks that both hold
+# exactly the files of EXPECTED_FILES, the same bytes, and that the installed kqhost.exe loads
+# the installed amiga.dll under Wine.
+include(${CMAKE_CURRENT_LIST_DIR}/dll_version.cmake)
+
+function(run)
+  execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE errors)
+  if(NOT result EQUAL 0)
+    message(FATAL_ERROR "'${ARGN}' failed (${result}):\n${output}${errors}")
+  endif()
+  set(run_output "${output}" PARENT_SCOPE)
+endfunction()
+
+# Fails unless the list `actual` equals the expected files (in any order).
+function(compare_lists what actual)
+  file(STRINGS ${EXPECTED_FILES} expected)
+  list(SORT expected)
+  list(SORT actual)
+  if(NOT actual STREQUAL expected)
+    string(REPLACE ";" "\n  " expected_text "${expected}")
+    string(REPLACE ";" "\n  " actual_text "${actual}")
+    message(FATAL_ERROR "${what} differs from the expected layout.\nExpected:\n  ${expected_text}\n"
+                        "Found:\n  ${actual_text}")
+  endif()
+endfunction()
+
+function(list_files folder out)
+  file(GLOB_RECURSE files LIST_DIRECTORIES false RELATIVE ${folder} ${folder}/*)
+  set(${out} "${files}" PARENT_SCOPE)
+endfunction()
+
+file(REMOVE_RECURSE ${WORK_DIR})
+set(prefix ${WORK_DIR}/prefix)
+
+# The install tree.
+run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix})
+list_files(${prefix} installed)
+compare_lists("The install tree ${prefix}" "${installed}")
+file(SHA256 ${prefix}/README.md installed_readme)
+file(SHA256 ${SOURCE_DIR}/README.md source_readme)
+file(SHA256 ${prefix}/include/kq_amiga.h installed_header)
+file(SHA256 ${SOURCE_DIR}/include/kq_amiga.h source_header)
+if(NOT installed_readme STREQUAL source_readme OR NOT installed_header STREQUAL source_header)
+  message(FATAL_ERROR "the installed README.md or kq_amiga.h differs from the source tree's")
+endif()
+
+# The ZIP package: its listing (directories aside) and its unpacked files against the tree.
+run(${CPACK_COMMAND} --config ${BUILD_DIR}/CPackConfig.cmake -G ZIP -B ${WORK_DIR}/package)
+file(GLOB zips ${WORK_DIR}/package/*.zip)
+list(LENGTH zips zip_count)
+if(NOT zip_count EQUAL 1)
+  message(FATAL_ERROR "CPack made ${zip_count} ZIP files in ${WORK_DIR}/package: ${zips}")
+endif()
+get_filename_component(zip_name ${zips} NAME)
+if(NOT zip_name STREQUAL "kq_amiga-${VERSION}-win64.zip")
+  message(FATAL_ERROR "the package is named ${zip_name}, expected kq_amiga-${VERSION}-win64.zip")
+endif()
+run(unzip -Z1 ${zips})
+string(REPLACE "\n" ";" entries "${run_output}")
+set(zipped)
+foreach(entry IN LISTS entries)
+  if(entry AND NOT entry MATCHES "/$")
+    list(APPEND zipped ${entry})
+  endif()
+endforeach()
+compare_lists("The package ${zip_name}" "${zipped}")
+file(MAKE_DIRECTORY ${WORK_DIR}/unpacked)
+run(${CMAKE_COMMAND} -E chdir ${WORK_DIR}/unpacked ${CMAKE_COMMAND} -E tar xf ${zips})
+foreach(file IN LISTS installed)
+  file(SHA256 ${prefix}/${file} installed_hash)
+  file(SHA256 ${WORK_DIR}/unpacked/${file} zipped_hash)
+  if(NOT installed_hash STREQUAL zipped_hash)
+    message(FATAL_ERROR "${file} in the package differs from the installed one")
+  endif()
+endforeach()
+
+# The installed host finds the installed module by its default path, ..\Platforms\Amiga.
+run(${WINE_RUN} ${prefix}/bin/kqhost.exe name)
+if(NOT run_output STREQUAL "Amiga\n")
+  message(FATAL_ERROR "installed kqhost.exe name printed '${run_output}', expected 'Amiga'")
+endif()
+kq_check_dll_version(${prefix}/bin/kqhost.exe ${WINE_RUN} ${VERSION} ${prefix}/Platforms/Amiga/amiga.dll)
+
+file(REMOVE_RECURSE ${WORK_DIR})
+message(STATUS "the install tree and ${zip_name} hold the expected files; the installed kqhost loads the installed amiga.dll ${VERSION}")
