@@ -1,6 +1,7 @@
 #include "input/key_tokens.h"
 
 #include "common/compare.h"
+#include "input/character_lookup.h"
 
 #include <array>
 
@@ -45,8 +46,7 @@ constexpr bool is_blank(char16_t c) { return c == u' ' || c == u'\t'; }
 
 std::optional<StrokeCode> character_code(const KeyboardInputData& record, char16_t character) {
     if (character >= u'A' && character <= u'Z') character = static_cast<char16_t>(character - u'A' + u'a');
-    for (const CharacterEntry& entry : record.character_table())
-        if (entry.character == character) return entry.code;
+    if (const CharacterEntry* entry = find_character(record, character)) return entry->code;
     return std::nullopt;
 }
 

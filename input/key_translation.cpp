@@ -1,5 +1,6 @@
 #include "input/key_translation.h"
 
+#include "input/character_lookup.h"
 #include "platform/keyboard_state.h"
 
 namespace kq::input {
@@ -96,12 +97,6 @@ void adjust_modifiers(KeyboardInputData& record, std::uint32_t one_stroke, std::
         send_modifier(record, flags, true, raw_key::left_alt, modifier::left_alt, temporary::alt_pressed);
     if ((one_stroke & stroke::control) && (held & modifier::control) == 0)
         send_modifier(record, flags, true, raw_key::control, modifier::control, temporary::control_pressed);
-}
-
-const CharacterEntry* find_character(const KeyboardInputData& record, char16_t character) {
-    for (const CharacterEntry& entry : record.character_table())
-        if (entry.character == character) return &entry;
-    return nullptr;
 }
 
 constexpr bool is_ascii_letter(char16_t c) { return (c >= u'A' && c <= u'Z') || (c >= u'a' && c <= u'z'); }

@@ -1,11 +1,11 @@
 #include "input/raw_key_strings.h"
 
+#include "input/character_lookup.h"
 #include "input/key_tokens.h"
 #include "platform/text_conversion.h"
 
 #include <array>
 #include <optional>
-#include <span>
 
 namespace kq::input {
 namespace {
@@ -61,27 +61,10 @@ private:
     std::uint32_t held_ = 0;
 };
 
-// The stroke code of a character: its first entry in the layout's character table. The
-// characters below U+0100 (nearly everything typed) are looked up in a table made once per
-// text; the rest are searched for.
-class CharacterCodes {
-public:
-    explicit CharacterCodes(const KeyboardInputData& record) : table_(record.character_table()) {
-        for (const CharacterEntry& entry : table_)
-            if (entry.character < latin1_.size() && !latin1_[entry.character]) latin1_[entry.character] = entry.code;
-    }
-
-    std::optional<StrokeCode> operator()(char16_t character) const {
-        if (character < latin1_.size()) return latin1_[character];
-        for (const CharacterEntry& entry : table_)
-            if (entry.character == character) return entry.code;
-        return std::nullopt;
-    }
-
-private:
-    std::span<const CharacterEntry> table_;
-    std::array<std::optional<StrokeCode>, 0x100> latin1_{};
-};
+std::optional<StrokeCode> code_of(const KeyboardInputData& record, char16_t character) {
+    if (const CharacterEntry* entry = find_character(record, character)) return entry->code;
+    return std::nullopt;
+}
 
 // The plain letter of a mathematical italic letter (U+1D434-U+1D467, and U+210E for "h").
 std::optional<char16_t> plain_letter(char32_t code_point) {
@@ -91,17 +74,17 @@ std::optional<char16_t> plain_letter(char32_t code_point) {
     return std::nullopt;
 }
 
-std::optional<StrokeCode> code_with_fallbacks(const CharacterCodes& code_of, std::u16string_view character) {
+std::optional<StrokeCode> code_with_fallbacks(const KeyboardInputData& record, std::u16string_view character) {
     char32_t code_point = character[0];
     if (character.size() == 2) code_point = 0x10000 + ((character[0] - 0xD800) << 10) + (character[1] - 0xDC00);
     if (character.size() == 1)
-        if (auto code = code_of(character[0])) return code;
+        if (auto code = code_of(record, character[0])) return code;
     if (const auto letter = plain_letter(code_point))
-        if (auto code = code_of(*letter)) return code;
+        if (auto code = code_of(record, *letter)) return code;
     const std::u16string latin1 = platform::best_fit_latin1(character);
     if (latin1.size() == 1)
-        if (auto code = code_of(latin1[0])) return code;
-    return code_of(u'?');
+        if (auto code = code_of(record, latin1[0])) return code;
+    return code_of(record, u'?');
 }
 
 bool is_high_surrogate(char16_t c) { return c >= 0xD800 && c <= 0xDBFF; }
@@ -111,7 +94,6 @@ bool is_high_surrogate(char16_t c) { return c >= 0xD800 && c <= 0xDBFF; }
 std::u16string type_text(const KeyboardInputData& record, std::u16string_view text) {
     std::u16string out;
     Typist typist(out);
-    const CharacterCodes codes(record);
     for (std::size_t i = 0; i < text.size(); ++i) {
         const std::size_t units = is_high_surrogate(text[i]) && i + 1 < text.size() ? 2 : 1;
         const std::u16string_view character = text.substr(i, units);
@@ -120,7 +102,7 @@ std::u16string type_text(const KeyboardInputData& record, std::u16string_view te
             typist.hold(0);
             typist.tap(character[0] == u'\n' ? raw_key::return_key : raw_key::tab);
         } else if (character[0] >= 0x20) {
-            if (const auto code = code_with_fallbacks(codes, character)) typist.strokes(*code);
+            if (const auto code = code_with_fallbacks(record, character)) typist.strokes(*code);
         }
     }
     typist.hold(0);
