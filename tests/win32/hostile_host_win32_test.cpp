@@ -351,17 +351,24 @@ void get_option_row(const Pass& pass) {
     }
 }
 
-void free_option_row(const Pass& pass) {
-    const auto get = pass.resolve<decltype(KQGetOption)>("KQGetOption");
-    const auto release = pass.resolve<decltype(KQFreeOption)>("KQFreeOption");
+// A KQFree* export of records takes null, and frees a record that `make` got from its KQGet*.
+template <class Record, class Make>
+void expect_record_freed(kq_status (*release)(Record*), const std::string& name, const std::string& what,
+                         const Make& make) {
     {
-        CallArguments call("KQFreeOption(null)");
+        CallArguments call(name + "(null)");
         expect_status(call, release(nullptr), KQ_S_OK);
     }
-    CallArguments call("KQFreeOption(record of option 5)");
-    KQOption* record = nullptr;
-    ASSERT_EQ(get(5, 0, &record, nullptr), KQ_S_OK);
+    CallArguments call(name + "(" + what + ")");
+    Record* record = nullptr;
+    ASSERT_EQ(make(&record), KQ_S_OK) << call.label();
     expect_status(call, release(record), KQ_S_OK);
+}
+
+void free_option_row(const Pass& pass) {
+    const auto get = pass.resolve<decltype(KQGetOption)>("KQGetOption");
+    expect_record_freed(pass.resolve<decltype(KQFreeOption)>("KQFreeOption"), "KQFreeOption", "option 5",
+                        [&](KQOption** record) { return get(5, 0, record, nullptr); });
 }
 
 void set_option_row(const Pass& pass) {
@@ -439,15 +446,9 @@ void get_file_association_row(const Pass& pass) {
 
 void free_file_association_row(const Pass& pass) {
     const auto get = pass.resolve<decltype(KQGetFileAssociation)>("KQGetFileAssociation");
-    const auto release = pass.resolve<decltype(KQFreeFileAssociation)>("KQFreeFileAssociation");
-    {
-        CallArguments call("KQFreeFileAssociation(null)");
-        expect_status(call, release(nullptr), KQ_S_OK);
-    }
-    CallArguments call("KQFreeFileAssociation(record 9)");
-    KQFileAssociation* record = nullptr;
-    ASSERT_EQ(get(9, &record), KQ_S_OK);
-    expect_status(call, release(record), KQ_S_OK);
+    expect_record_freed(pass.resolve<decltype(KQFreeFileAssociation)>("KQFreeFileAssociation"),
+                        "KQFreeFileAssociation", "record 9",
+                        [&](KQFileAssociation** record) { return get(9, record); });
 }
 
 void get_device_command_row(const Pass& pass) {
@@ -511,15 +512,9 @@ void get_device_command_row(const Pass& pass) {
 
 void free_device_command_row(const Pass& pass) {
     const auto get = pass.resolve<decltype(KQGetDeviceCommand)>("KQGetDeviceCommand");
-    const auto release = pass.resolve<decltype(KQFreeDeviceCommand)>("KQFreeDeviceCommand");
-    {
-        CallArguments call("KQFreeDeviceCommand(null)");
-        expect_status(call, release(nullptr), KQ_S_OK);
-    }
-    CallArguments call("KQFreeDeviceCommand(keyboard command 2)");
-    KQDeviceCommand* record = nullptr;
-    ASSERT_EQ(get(2, 7, 0, 0, L"a-500", &record), KQ_S_OK);
-    expect_status(call, release(record), KQ_S_OK);
+    expect_record_freed(pass.resolve<decltype(KQFreeDeviceCommand)>("KQFreeDeviceCommand"), "KQFreeDeviceCommand",
+                        "keyboard command 2",
+                        [&](KQDeviceCommand** record) { return get(2, 7, 0, 0, L"a-500", record); });
 }
 
 // ---- Content texts ---------------------------------------------------------------------------
