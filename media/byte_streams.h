@@ -27,6 +27,9 @@ public:
     // The count written (less than asked when the medium is full), or nullopt on failure.
     virtual std::optional<std::size_t> write(std::span<const std::byte> bytes) = 0;
     virtual bool flush() { return true; }
+    // False for a sink that keeps parts of an image and takes them as they come: inflating then
+    // skips the checksum, which such a pass, stopped early, would never get to compare.
+    virtual bool wants_checksum() const { return true; }
 };
 
 class FileSource final : public ByteSource {

@@ -167,7 +167,7 @@ InflateError inflate(ByteSource& compressed, ByteSink& image) {
         crc = load_le32(&descriptor[4]);
         size = load_le32(&descriptor[entry.zip64 ? 16 : 12]);
     }
-    if (out.crc() != crc) return InflateError::crc_mismatch;
+    if (out.crc() && *out.crc() != crc) return InflateError::crc_mismatch;
     if (static_cast<std::uint32_t>(out.total()) != size) return InflateError::size_mismatch;
     return InflateError::none;
 }
@@ -179,20 +179,24 @@ InflateError inflate_file(std::u16string_view compressed_path, ByteSink& image) 
     return inflate(source, image);
 }
 
-std::optional<std::uint64_t> stated_inflated_size(std::u16string_view compressed_path) {
+std::optional<CompressedImageHeader> read_compressed_image_header(std::u16string_view compressed_path) {
     std::optional<platform::File> file = platform::File::open_for_reading(compressed_path);
     if (!file) return std::nullopt;
     FileSource source(*file);
     InputBuffer in(source, 4096);
     Entry entry;
-    if (read_header(in, entry) != InflateError::none) return std::nullopt;
-    if (entry.zip) return entry.zip_descriptor ? std::nullopt : std::optional<std::uint64_t>(entry.size);
+    if (read_header(in, entry) != InflateError::none || entry.encrypted) return std::nullopt;
+    CompressedImageHeader header;
+    if (entry.zip) {
+        if (!entry.zip_descriptor) header.size = entry.size;
+        return header;
+    }
     const std::optional<std::uint64_t> size = file->size();
     std::array<std::byte, 4> trailer{};
-    if (!size || *size < 18 || !file->seek(*size - 4)) return std::nullopt;
+    if (!size || *size < 18 || !file->seek(*size - 4)) return header;
     const std::optional<std::size_t> got = file->read(trailer);
-    if (!got || *got != trailer.size()) return std::nullopt;
-    return load_le32(trailer.data());
+    if (got && *got == trailer.size()) header.size = load_le32(trailer.data());
+    return header;
 }
 
 InflateError inflate_file(std::u16string_view compressed_path, std::u16string_view image_path) {

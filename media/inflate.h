@@ -52,8 +52,14 @@ InflateError inflate_file(std::u16string_view compressed_path, std::u16string_vi
 // Inflates a file into `image` (which may stop it early by taking fewer bytes than given).
 InflateError inflate_file(std::u16string_view compressed_path, ByteSink& image);
 
-// The uncompressed size that a compressed file states without being inflated: the ZIP entry's
-// size, or the gzip trailer's (the size modulo 2^32; the trailer is taken from the file's end).
-std::optional<std::uint64_t> stated_inflated_size(std::u16string_view compressed_path);
+// What a compressed file's header says, read without inflating anything; nullopt when the file
+// cannot be read or is not a compressed image that inflate() would take (another format, a
+// method or flag it refuses, encryption).
+struct CompressedImageHeader {
+    // The uncompressed size it states: the ZIP entry's, or the gzip trailer's (modulo 2^32; the
+    // trailer is taken from the file's end); nullopt when not stated.
+    std::optional<std::uint64_t> size;
+};
+std::optional<CompressedImageHeader> read_compressed_image_header(std::u16string_view compressed_path);
 
 } // namespace kq::media

@@ -7,8 +7,10 @@
 namespace kq::media {
 
 bool InflateOutput::write_out(std::size_t count) {
-    const auto* bytes = reinterpret_cast<const Bytef*>(buffer_.data());
-    crc_ = static_cast<std::uint32_t>(::crc32(crc_, bytes, static_cast<uInt>(count)));
+    if (checksummed_) {
+        const auto* bytes = reinterpret_cast<const Bytef*>(buffer_.data());
+        crc_ = static_cast<std::uint32_t>(::crc32(crc_, bytes, static_cast<uInt>(count)));
+    }
     total_ += count;
     used_ = 0;
     const std::optional<std::size_t> written = sink_.write(std::span(buffer_).first(count));

@@ -5,6 +5,7 @@
 #include "media/byte_streams.h"
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -13,7 +14,7 @@ namespace kq::media {
 class InflateOutput {
 public:
     static constexpr std::size_t kBufferBytes = 65536;
-    explicit InflateOutput(ByteSink& sink) : sink_(sink), buffer_(kBufferBytes) {}
+    explicit InflateOutput(ByteSink& sink) : sink_(sink), buffer_(kBufferBytes), checksummed_(sink.wants_checksum()) {}
 
     // Room left in the buffer, for a decoder to write into; then produced() with the count.
     std::span<std::byte> space() { return std::span(buffer_).subspan(used_); }
@@ -24,7 +25,8 @@ public:
     // Writes what remains and flushes the sink; false when that fails.
     bool finish();
 
-    std::uint32_t crc() const { return crc_; }
+    // The CRC-32 of what was written; nullopt when the sink did not want it.
+    std::optional<std::uint32_t> crc() const { return checksummed_ ? std::optional(crc_) : std::nullopt; }
     std::uint64_t total() const { return total_; }
 
 private:
@@ -32,6 +34,7 @@ private:
 
     ByteSink& sink_;
     std::vector<std::byte> buffer_;
+    bool checksummed_;
     std::size_t used_ = 0;
     std::uint32_t crc_ = 0;
     std::uint64_t total_ = 0;

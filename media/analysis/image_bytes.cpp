@@ -3,6 +3,7 @@
 #include "media/inflate.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 
 namespace kq::media {
@@ -12,6 +13,9 @@ namespace {
 // (by taking nothing more) once the last of them is complete.
 class CaptureSink final : public ByteSink {
 public:
+    // Pieces are reserved in full, up to this much, so that they do not grow by copying.
+    static constexpr std::uint64_t kMostReserved = std::uint64_t{4} << 20;
+
     CaptureSink(std::span<const ByteRange> wanted, std::vector<std::vector<std::byte>>& pieces)
         : wanted_(wanted), pieces_(pieces) {
         for (const ByteRange& range : wanted) end_ = std::max(end_, range.offset + range.length);
@@ -24,12 +28,14 @@ public:
             const std::uint64_t to = std::min(stop, wanted_[i].offset + wanted_[i].length);
             if (from >= to) continue;
             std::vector<std::byte>& piece = pieces_[i];
+            if (piece.empty()) piece.reserve(static_cast<std::size_t>(std::min(wanted_[i].length, kMostReserved)));
             piece.insert(piece.end(), bytes.begin() + static_cast<std::ptrdiff_t>(from - start),
                          bytes.begin() + static_cast<std::ptrdiff_t>(to - start));
         }
         position_ = stop;
         return bytes.size();
     }
+    bool wants_checksum() const override { return false; }
 
 private:
     std::span<const ByteRange> wanted_;
@@ -56,15 +62,15 @@ bool FileImageBytes::read(std::uint64_t offset, std::span<std::byte> out) {
 }
 
 std::unique_ptr<InflatedImageBytes> InflatedImageBytes::open(std::u16string_view path) {
+    const std::optional<CompressedImageHeader> header = read_compressed_image_header(path);
+    if (!header) return nullptr;
     auto image = std::make_unique<InflatedImageBytes>(std::u16string(path));
-    image->size_ = stated_inflated_size(path);
-    const ByteRange start{0, kKeptBytes};
-    image->fetch({start});
-    if (image->pieces_.empty() || image->pieces_[0].bytes.empty()) return nullptr;
+    image->size_ = header->size;
     return image;
 }
 
 void InflatedImageBytes::fetch(std::vector<ByteRange> wanted) {
+    fetched_ = true;
     std::vector<std::vector<std::byte>> bytes(wanted.size());
     CaptureSink sink(wanted, bytes);
     inflate_file(path_, sink);  // stopped early on purpose, or at the image's end, or broken: what came is kept
@@ -74,6 +80,7 @@ void InflatedImageBytes::fetch(std::vector<ByteRange> wanted) {
 
 void InflatedImageBytes::prefetch(std::span<const ByteRange> ranges) {
     std::vector<ByteRange> missing;
+    if (!fetched_) missing.push_back({0, kHeadBytes});
     for (const ByteRange& range : ranges) {
         const bool held = std::any_of(pieces_.begin(), pieces_.end(), [&](const Piece& piece) {
             return range.offset >= piece.offset && range.offset + range.length <= piece.offset + piece.bytes.size();

@@ -3,7 +3,8 @@
 // file or from memory, and from a compressed file without inflating more of it than the
 // analysis needs. A compressed file can only be read front to back, so the analysis first says
 // which ranges it will read (prefetch), and one inflating pass fetches them all and stops after
-// the last; the first MiB is always kept, where partition tables and floppy boot blocks live.
+// the last. The first pass also keeps the first 64 KiB, where partition tables and floppy boot
+// blocks live. Such passes take what comes without the container's checksum: they stop early.
 
 #include "platform/files.h"
 
@@ -56,8 +57,9 @@ private:
 // A gzip or ZIP compressed image (".adz", ".hdz").
 class InflatedImageBytes final : public ImageBytes {
 public:
-    static constexpr std::uint64_t kKeptBytes = 1 << 20;
-    // Opens the file and inflates its first MiB; nullptr when it is not a compressed image.
+    static constexpr std::uint64_t kHeadBytes = 64 * 1024;
+    // Reads the container's header (nothing is inflated yet); nullptr when the file is not a
+    // compressed image.
     static std::unique_ptr<InflatedImageBytes> open(std::u16string_view path);
 
     // The size that the container states: gzip's trailer (modulo 2^32, so for images under
@@ -78,7 +80,8 @@ private:
 
     std::u16string path_;
     std::optional<std::uint64_t> size_;
-    std::vector<Piece> pieces_;  // the first MiB and what was prefetched
+    std::vector<Piece> pieces_;  // the first 64 KiB and what was prefetched
+    bool fetched_ = false;       // whether a pass has run
 };
 
 // Opens an image for reading: compressed when `compressed`, else as a plain file; nullptr

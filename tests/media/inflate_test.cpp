@@ -132,6 +132,73 @@ TEST(Inflate, AFailedCheckLeavesTheOutputWritten) {
     EXPECT_TRUE(result.output == image);
 }
 
+// A sink that keeps parts of an image and takes them as they come, as the content analysis does.
+class UncheckedSink final : public ByteSink {
+public:
+    std::optional<std::size_t> write(std::span<const std::byte> bytes) override { return sink_.write(bytes); }
+    bool wants_checksum() const override { return false; }
+    const Bytes& bytes() const { return sink_.bytes(); }
+
+private:
+    MemorySink sink_;
+};
+
+TEST(Inflate, OnlySinksThatWantTheChecksumGetItCompared) {
+    const Bytes image = test::sample_image(100000);
+    for (const Bytes& input : {test::gzip_member(image, {.crc_xor = 4}), test::zip_archive(image, {.crc_xor = 4}),
+                               test::zip_archive(image, {.method = 0, .crc_xor = 4})}) {
+        MemorySource source(input);
+        UncheckedSink sink;
+        EXPECT_EQ(inflate(source, sink), InflateError::none);
+        EXPECT_TRUE(sink.bytes() == image);
+    }
+    // The size is still compared, and broken data still fails.
+    const Bytes longer = test::gzip_member(image, {.size_add = 1});
+    MemorySource wrong_size(longer);
+    UncheckedSink sink;
+    EXPECT_EQ(inflate(wrong_size, sink), InflateError::size_mismatch);
+    Bytes corrupt = test::gzip_member(image);
+    corrupt[10] = std::byte{0x07};
+    MemorySource broken(corrupt);
+    EXPECT_EQ(inflate(broken, sink), InflateError::corrupt_data);
+}
+
+TEST(CompressedImageHeader, SizesAndRefusalsWithoutInflating) {
+    const test::TempFolder folder;
+    const Bytes image = test::sample_image(70000);
+    // The gzip trailer's size is taken from the file's end, so a damaged stream still states it.
+    Bytes damaged = test::gzip_member(image);
+    damaged[12] = std::byte{0x07};
+    const struct {
+        const char* what;
+        Bytes file;
+        bool compressed;
+        std::optional<std::uint64_t> size;
+    } cases[] = {
+        {"gzip", test::gzip_member(image), true, 70000},
+        {"gzip with name and comment", test::gzip_member(image, {.name = "disk.adf", .comment = "x"}), true, 70000},
+        {"gzip with damaged data", damaged, true, 70000},
+        {"ZIP", test::zip_archive(image), true, 70000},
+        {"ZIP with a data descriptor", test::zip_archive(image, {.flags = 0x08}), true, std::nullopt},
+        {"ZIP64", test::zip_archive(image, {.zip64 = true}), true, 70000},
+        {"plain image", image, false, std::nullopt},
+        {"empty file", {}, false, std::nullopt},
+        {"encrypted gzip", test::gzip_member(image, {.flags = 0x20}), false, std::nullopt},
+        {"encrypted ZIP entry", test::zip_archive(image, {.flags = 0x01}), false, std::nullopt},
+        {"multi-part gzip", test::gzip_member(image, {.flags = 0x02}), false, std::nullopt},
+        {"ZIP method 12", test::zip_archive(image, {.method = 12}), false, std::nullopt},
+    };
+    for (const auto& c : cases) {
+        folder.create_file(u"image.adz", std::string(reinterpret_cast<const char*>(c.file.data()), c.file.size()));
+        const std::optional<CompressedImageHeader> header = read_compressed_image_header(folder.path(u"image.adz"));
+        ASSERT_EQ(header.has_value(), c.compressed) << c.what;
+        if (header) {
+            EXPECT_EQ(header->size, c.size) << c.what;
+        }
+    }
+    EXPECT_FALSE(read_compressed_image_header(folder.path(u"missing.adz")));
+}
+
 TEST(InflateFile, FilesThatCannotBeOpenedOrCreated) {
     const test::TempFolder folder;
     const Bytes gzip = test::gzip_member(test::sample_image(1000));
