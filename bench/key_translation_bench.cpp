@@ -3,19 +3,21 @@
 //   cmake --preset bench && cmake --build --preset bench && build/bench/bench/key_translation_bench
 //
 // Each iteration is one host key pressed and released, with every queued event fetched, as a
-// host does it. The peer, measured in the same run, is a lookup of a character in a
-// std::unordered_map: the least work that any translation by character has to do.
+// host does it. The peer, measured in the same run, is libxkbcommon typing the same character
+// on the matching XKB layout (us with dead keys for en-us, de for de-de): the key events that
+// type it, each handled as a Wayland or X client does (keysym, compose state for dead keys,
+// character, state update). Each peer checks that its keystroke gave the character.
 
 #include "input/key_translation.h"
 #include "input/keyboard_input_data.h"
 #include "input/keyboard_layouts.h"
+#include "bench/xkb_keyboard.h"
 
 #include <benchmark/benchmark.h>
 
 #include <atomic>
 #include <cstdlib>
 #include <new>
-#include <unordered_map>
 
 namespace {
 
@@ -75,24 +77,42 @@ void BM_ShiftedCharacter(benchmark::State& state) { run(state, u"en-us", 0x31, u
 void BM_DeadKeyComposition(benchmark::State& state) { run(state, u"de-de", 0x41, u'\u00e2'); }
 void BM_LastCharacterOfTheTable(benchmark::State& state) { run(state, u"en-us", 0x41, u'\u00ff'); }
 
-// The peer: finding the stroke code of the same character in a hash map.
-void BM_PeerHashLookup(benchmark::State& state) {
-    std::unordered_map<char16_t, StrokeCode> table;
-    for (const CharacterEntry& entry : find_layout(u"en-us").characters) table.emplace(entry.character, entry.code);
-    char16_t character = u'!';
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(table.find(character));
-        benchmark::ClobberMemory();
+// The peer: the keystroke that types `character` through libxkbcommon.
+void peer(benchmark::State& state, const char* layout, const char* variant, char32_t character) {
+    kq::bench::XkbKeyboard keyboard(layout, variant);
+    const std::span<const kq::bench::XkbKeyEvent> strokes = keyboard.ok() ? keyboard.strokes(character) : std::span<const kq::bench::XkbKeyEvent>();
+    if (strokes.empty()) {
+        state.SkipWithError("the XKB layout or the keystroke is missing");
+        return;
     }
+    kq::bench::XkbClient& client = keyboard.client();
+    char32_t typed = 0;
+    for (auto _ : state) {
+        for (const kq::bench::XkbKeyEvent event : strokes)
+            if (const char32_t given = client.handle(event); given != 0) typed = given;
+        benchmark::DoNotOptimize(typed);
+    }
+    if (typed != character) state.SkipWithError("the keystroke gave another character");
+    state.counters["events_per_keystroke"] = static_cast<double>(strokes.size());
     state.SetItemsProcessed(state.iterations());
 }
+
+void BM_KeyByPosition_Xkb(benchmark::State& state) { peer(state, "us", "intl", U'\r'); }
+void BM_PlainLetter_Xkb(benchmark::State& state) { peer(state, "us", "intl", U'a'); }
+void BM_ShiftedCharacter_Xkb(benchmark::State& state) { peer(state, "us", "intl", U'!'); }
+void BM_DeadKeyComposition_Xkb(benchmark::State& state) { peer(state, "de", "", U'\u00e2'); }
+void BM_LastCharacterOfTheTable_Xkb(benchmark::State& state) { peer(state, "us", "intl", U'\u00ff'); }
 
 BENCHMARK(BM_KeyByPosition);
 BENCHMARK(BM_PlainLetter);
 BENCHMARK(BM_ShiftedCharacter);
 BENCHMARK(BM_DeadKeyComposition);
 BENCHMARK(BM_LastCharacterOfTheTable);
-BENCHMARK(BM_PeerHashLookup);
+BENCHMARK(BM_KeyByPosition_Xkb);
+BENCHMARK(BM_PlainLetter_Xkb);
+BENCHMARK(BM_ShiftedCharacter_Xkb);
+BENCHMARK(BM_DeadKeyComposition_Xkb);
+BENCHMARK(BM_LastCharacterOfTheTable_Xkb);
 
 } // namespace
 

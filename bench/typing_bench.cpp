@@ -1,6 +1,6 @@
 // Throughput and peak memory of typing a 1 MB text: the raw key string of the whole text
-// (raw_key_string, mode 0) in the en-us and de-de layouts, against glibc's iconv(3) converting
-// the same text from UTF-16 to code page 850 in the same run:
+// (raw_key_string, mode 0) in the en-us and de-de layouts, against libxkbcommon typing the same
+// text on the matching XKB layouts (us and de with dead keys) in the same run:
 //
 //   cmake --preset bench && cmake --build --preset bench && build/bench/bench/typing_bench
 //
@@ -9,20 +9,22 @@
 // system's temporary folder by default), --summary (a machine-readable last line).
 //
 // The text mixes words (some with accented Latin-1 letters), numbers, punctuation and line
-// breaks. Both contenders do a table lookup per character: the module finds the character in
-// the layout's character table and writes the strokes that type it; iconv finds its byte in
-// code page 850, which holds every Latin-1 character. The module writes far more (the key
-// events, tens of UTF-16 units per character, against iconv's one byte), which is its job; it
-// prints how many. MB counts the text's characters, one byte each as in Latin-1. Each contender runs as a process of its own (this
-// program started again in a worker mode) that reads the text, times its calls and reports
-// the fastest; its peak resident memory is the child's (wait4).
+// breaks. Both contenders turn every character into the key events that type it on their
+// layout: the module finds the character in the layout's character table and writes the raw
+// key string (tens of UTF-16 units per character, which it prints); the peer finds the key
+// events in a table that it learnt from the keymap beforehand, writes them as (keycode,
+// direction) pairs and hands each to the keyboard state as a client would, with dead keys
+// through the compose table, collecting the characters that come out; they must be the text.
+// MB counts the text's characters, one byte each as in Latin-1. Each contender runs as a
+// process of its own (this program started again in a worker mode) that reads the text, times
+// its calls and reports the fastest; its peak resident memory is the child's (wait4).
 
 #include "bench/child_process.h"
 #include "bench/summary.h"
+#include "bench/xkb_keyboard.h"
 #include "input/keyboard_input_data.h"
 #include "input/raw_key_strings.h"
 
-#include <iconv.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -126,25 +128,40 @@ int type_worker(const std::string& layout_id, const std::string& path, int round
     return 0;
 }
 
-// Worker: glibc's iconv converts the text to code page 850 `rounds` times.
-int iconv_worker(const std::string& path, int rounds) {
-    std::ifstream in(path, std::ios::binary);
-    std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    const iconv_t converter = iconv_open("IBM850", "UTF-16LE");
-    if (converter == reinterpret_cast<iconv_t>(-1)) return 1;
-    std::string out(text.size(), '\0');
-    std::size_t written = 0;
-    bool ok = true;
-    const double seconds = fastest(rounds, [&] { iconv(converter, nullptr, nullptr, nullptr, nullptr); }, [&] {
-        char* from = text.data();
-        char* to = out.data();
-        std::size_t from_left = text.size(), to_left = out.size();
-        ok = ok && iconv(converter, &from, &from_left, &to, &to_left) != static_cast<std::size_t>(-1) && from_left == 0;
-        written = out.size() - to_left;
+// Worker: libxkbcommon types the text `rounds` times on an XKB layout and variant.
+int xkb_worker(const char* layout, const char* variant, const std::string& path, int rounds) {
+    const std::u16string text = read_text(path);
+    kq::bench::XkbKeyboard keyboard(layout, variant);
+    if (!keyboard.ok()) return 1;
+    std::vector<kq::bench::XkbKeyEvent> events;
+    std::u32string typed;
+    bool typable = true;
+    const double seconds = fastest(rounds, [&] {
+        std::vector<kq::bench::XkbKeyEvent>().swap(events);
+        std::u32string().swap(typed);
+    }, [&] {
+        kq::bench::XkbClient& client = keyboard.client();
+        for (const char16_t unit : text) {
+            const std::span<const kq::bench::XkbKeyEvent> strokes = keyboard.strokes(unit);
+            typable = typable && !strokes.empty();
+            for (const kq::bench::XkbKeyEvent event : strokes) {
+                events.push_back(event);
+                if (const char32_t character = client.handle(event); character != 0) typed += character;
+            }
+        }
     });
-    iconv_close(converter);
-    std::printf("seconds=%.9f bytes=%zu\n", seconds, written);
-    return ok ? 0 : 1;
+    // The text has no surrogates (Latin-1 only) and its line feeds are typed as Return.
+    bool same = typable && typed.size() == text.size();
+    for (std::size_t i = 0; same && i < text.size(); ++i) same = typed[i] == (text[i] == u'\n' ? U'\r' : char32_t{text[i]});
+    for (const char16_t unit : text)
+        if (keyboard.strokes(unit).empty()) {
+            std::fprintf(stderr, "typing_bench: %s(%s) cannot type U+%04X\n", layout, variant, static_cast<unsigned>(unit));
+            break;
+        }
+    const auto downs = std::count_if(events.begin(), events.end(), [](const kq::bench::XkbKeyEvent& e) { return e.down; });
+    std::printf("seconds=%.9f events=%zu downs=%td ups=%td typed=%d\n", seconds, events.size(), downs,
+                static_cast<std::ptrdiff_t>(events.size()) - downs, same ? 1 : 0);
+    return same ? 0 : 1;
 }
 
 // The worker's report, "key=value ..." on one line.
@@ -157,7 +174,7 @@ int main(int argc, char** argv) {
         return 0;
     }
     if (argc == 5 && std::strcmp(argv[1], "--type") == 0) return type_worker(argv[2], argv[3], std::atoi(argv[4]));
-    if (argc == 4 && std::strcmp(argv[1], "--iconv") == 0) return iconv_worker(argv[2], std::atoi(argv[3]));
+    if (argc == 6 && std::strcmp(argv[1], "--xkb") == 0) return xkb_worker(argv[2], argv[3], argv[4], std::atoi(argv[5]));
 
     std::size_t characters = 1'000'000;
     int rounds = 5;
@@ -180,51 +197,65 @@ int main(int argc, char** argv) {
     };
     if (!run({self, "--write-text", text, std::to_string(characters)}).ok) fail("writing the text failed");
 
-    struct Row {
-        std::string name;
-        Measurement process;
-        double seconds = 0, units = 0;
+    // One layout of the module and the XKB layout that types the same characters.
+    struct Pair {
+        const char* layout;
+        const char* key;  // of the summary's fields
+        const char* xkb_layout;
+        const char* xkb_variant;
+        double module_seconds = 0, units = 0, xkb_seconds = 0, xkb_events = 0;
+        long module_kib = 0, xkb_kib = 0;
     };
-    std::vector<Row> rows;
-    for (const char* layout : {"en-us", "de-de"}) {
-        const Measurement m = run({self, "--type", layout, text, rounds_text}, {}, report);
+    std::vector<Pair> pairs{{"en-us", "en_us", "us", "intl"}, {"de-de", "de_de", "de", "deadtilde"}};
+    const auto value = [](const std::map<std::string, double>& values, const char* key) {
+        return values.count(key) != 0 ? values.at(key) : 0.0;
+    };
+    for (Pair& pair : pairs) {
+        const Measurement ours = run({self, "--type", pair.layout, text, rounds_text}, {}, report);
         const std::map<std::string, double> values = kq::bench::read_report(report);
         // Every character is typed, and every key pressed is released again.
-        if (!m.ok || values.count("seconds") == 0 || values.at("downs") < static_cast<double>(characters) / 2 ||
-            values.at("downs") != values.at("ups"))
-            fail(std::string("the module's typing in ") + layout + " failed");
-        rows.push_back({std::string("module, ") + layout, m, values.count("seconds") ? values.at("seconds") : 0,
-                        values.count("units") ? values.at("units") : 0});
-        std::printf("%s: %.0f UTF-16 units of raw keys, %.0f key presses\n", layout, values.count("units") ? values.at("units") : 0,
-                    values.count("downs") ? values.at("downs") : 0);
+        if (!ours.ok || values.count("seconds") == 0 || value(values, "downs") < static_cast<double>(characters) / 2 ||
+            value(values, "downs") != value(values, "ups"))
+            fail(std::string("the module's typing in ") + pair.layout + " failed");
+        pair.module_seconds = value(values, "seconds");
+        pair.units = value(values, "units");
+        pair.module_kib = ours.peak_kib;
+
+        const Measurement peer = run({self, "--xkb", pair.xkb_layout, pair.xkb_variant, text, rounds_text}, {}, report);
+        const std::map<std::string, double> peer_values = kq::bench::read_report(report);
+        if (!peer.ok || value(peer_values, "typed") != 1 || value(peer_values, "downs") != value(peer_values, "ups"))
+            fail(std::string("libxkbcommon's typing in ") + pair.xkb_layout + " failed");
+        pair.xkb_seconds = value(peer_values, "seconds");
+        pair.xkb_events = value(peer_values, "events");
+        pair.xkb_kib = peer.peak_kib;
+        std::printf("%s: %.0f UTF-16 units of raw keys, %.0f key presses; XKB %s(%s): %.0f key events\n", pair.layout,
+                    pair.units, value(values, "downs"), pair.xkb_layout, pair.xkb_variant, pair.xkb_events);
     }
-    const Measurement peer = run({self, "--iconv", text, rounds_text}, {}, report);
-    const std::map<std::string, double> peer_values = kq::bench::read_report(report);
-    if (!peer.ok || peer_values.count("bytes") == 0 || peer_values.at("bytes") != static_cast<double>(characters))
-        fail("iconv's conversion failed");
-    rows.push_back({"iconv UTF-16LE to CP850", peer, peer_values.count("seconds") ? peer_values.at("seconds") : 0});
 
     const double megabytes = static_cast<double>(characters) / 1e6;
     std::printf("\nText: %zu characters; fastest of %d calls per contender\n\n", characters, rounds);
-    std::printf("| %-24s | %9s | %9s | %5s | %9s |\n", "", "ms", "MB/s", "ratio", "peak KiB");
-    std::printf("|--------------------------|-----------|-----------|-------|-----------|\n");
-    for (const Row& row : rows)
-        std::printf("| %-24s | %9.2f | %9.1f | %5.2f | %9ld |\n", row.name.c_str(), row.seconds * 1e3,
-                    megabytes / row.seconds, rows.back().seconds / row.seconds, row.process.peak_kib);
-    std::printf("\n(ratio: iconv's time over the contender's; above 1, the contender is faster)\n");
+    std::printf("| %-6s | %9s | %9s | %11s | %5s | %10s | %9s |\n", "layout", "module ms", "xkb ms", "module MB/s", "ratio",
+                "module KiB", "xkb KiB");
+    std::printf("|--------|-----------|-----------|-------------|-------|------------|-----------|\n");
+    for (const Pair& pair : pairs)
+        std::printf("| %-6s | %9.2f | %9.2f | %11.1f | %5.2f | %10ld | %9ld |\n", pair.layout, pair.module_seconds * 1e3,
+                    pair.xkb_seconds * 1e3, megabytes / pair.module_seconds, pair.xkb_seconds / pair.module_seconds,
+                    pair.module_kib, pair.xkb_kib);
+    std::printf("\n(ratio: libxkbcommon's time over the module's; above 1, the module is faster)\n");
 
     if (summary) {
         kq::bench::Summary line("typing");
         line.add("characters", static_cast<long>(characters));
         line.add("rounds", static_cast<long>(rounds));
-        line.add("en_us_mb_per_s", megabytes / rows[0].seconds);
-        line.add("en_us_peak_kib", rows[0].process.peak_kib);
-        line.add("en_us_units_per_character", rows[0].units / static_cast<double>(characters));
-        line.add("de_de_mb_per_s", megabytes / rows[1].seconds);
-        line.add("de_de_peak_kib", rows[1].process.peak_kib);
-        line.add("de_de_units_per_character", rows[1].units / static_cast<double>(characters));
-        line.add("iconv_mb_per_s", megabytes / rows[2].seconds);
-        line.add("iconv_peak_kib", rows[2].process.peak_kib);
+        for (const Pair& pair : pairs) {
+            const std::string key = pair.key;
+            line.add((key + "_mb_per_s").c_str(), megabytes / pair.module_seconds);
+            line.add((key + "_peak_kib").c_str(), pair.module_kib);
+            line.add((key + "_units_per_character").c_str(), pair.units / static_cast<double>(characters));
+            line.add((key + "_xkb_mb_per_s").c_str(), megabytes / pair.xkb_seconds);
+            line.add((key + "_xkb_peak_kib").c_str(), pair.xkb_kib);
+            line.add((key + "_xkb_events_per_character").c_str(), pair.xkb_events / static_cast<double>(characters));
+        }
         line.add("ok", static_cast<long>(failures == 0));
         line.print();
     }

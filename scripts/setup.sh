@@ -18,6 +18,8 @@ packages=(
   libz-mingw-w64-dev wine64
   # the native build: libraries, GoogleTest (also the source the Windows build compiles)
   g++ libxml2-dev zlib1g-dev libgtest-dev googletest libbenchmark-dev
+  # the keyboard benchmarks' peer: libxkbcommon with the XKB layouts and the compose tables
+  libxkbcommon-dev xkb-data libx11-data
   # fuzzing and sanitizers with clang
   clang lld libclang-rt-14-dev
   # independent tools that the tests and benchmarks check the media code against
