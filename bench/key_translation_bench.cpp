@@ -80,8 +80,8 @@ void BM_LastCharacterOfTheTable(benchmark::State& state) { run(state, u"en-us", 
 // The peer: the keystroke that types `character` through libxkbcommon.
 void peer(benchmark::State& state, const char* layout, const char* variant, char32_t character) {
     kq::bench::XkbKeyboard keyboard(layout, variant);
-    const std::span<const kq::bench::XkbKeyEvent> strokes = keyboard.ok() ? keyboard.strokes(character) : std::span<const kq::bench::XkbKeyEvent>();
-    if (strokes.empty()) {
+    const std::span<const kq::bench::XkbKeyEvent> strokes = keyboard.strokes(character);
+    if (!keyboard.ok() || strokes.empty()) {
         state.SkipWithError("the XKB layout or the keystroke is missing");
         return;
     }

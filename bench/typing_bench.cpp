@@ -133,38 +133,35 @@ int xkb_worker(const char* layout, const char* variant, const std::string& path,
     const std::u16string text = read_text(path);
     kq::bench::XkbKeyboard keyboard(layout, variant);
     if (!keyboard.ok()) return 1;
+    for (const char16_t unit : text) {
+        if (keyboard.strokes(unit).empty()) {
+            std::fprintf(stderr, "typing_bench: %s(%s) cannot type U+%04X\n", layout, variant, static_cast<unsigned>(unit));
+            return 1;
+        }
+    }
     std::vector<kq::bench::XkbKeyEvent> events;
     std::u32string typed;
-    bool typable = true;
     const double seconds = fastest(rounds, [&] {
         std::vector<kq::bench::XkbKeyEvent>().swap(events);
         std::u32string().swap(typed);
     }, [&] {
         kq::bench::XkbClient& client = keyboard.client();
         for (const char16_t unit : text) {
-            const std::span<const kq::bench::XkbKeyEvent> strokes = keyboard.strokes(unit);
-            typable = typable && !strokes.empty();
-            for (const kq::bench::XkbKeyEvent event : strokes) {
+            for (const kq::bench::XkbKeyEvent event : keyboard.strokes(unit)) {
                 events.push_back(event);
                 if (const char32_t character = client.handle(event); character != 0) typed += character;
             }
         }
     });
     // The text has no surrogates (Latin-1 only) and its line feeds are typed as Return.
-    bool same = typable && typed.size() == text.size();
+    bool same = typed.size() == text.size();
     for (std::size_t i = 0; same && i < text.size(); ++i) same = typed[i] == (text[i] == u'\n' ? U'\r' : char32_t{text[i]});
-    for (const char16_t unit : text)
-        if (keyboard.strokes(unit).empty()) {
-            std::fprintf(stderr, "typing_bench: %s(%s) cannot type U+%04X\n", layout, variant, static_cast<unsigned>(unit));
-            break;
-        }
     const auto downs = std::count_if(events.begin(), events.end(), [](const kq::bench::XkbKeyEvent& e) { return e.down; });
     std::printf("seconds=%.9f events=%zu downs=%td ups=%td typed=%d\n", seconds, events.size(), downs,
                 static_cast<std::ptrdiff_t>(events.size()) - downs, same ? 1 : 0);
     return same ? 0 : 1;
 }
 
-// The worker's report, "key=value ..." on one line.
 } // namespace
 
 int main(int argc, char** argv) {

@@ -6,8 +6,8 @@
 // the keyboard state is updated.
 //
 // For typing, the keyboard also knows which key events type a character: a table built once
-// by trying every key under every combination of Shift and AltGr, then every dead key followed
-// by every key, the fewest key events winning.
+// by trying every key under no modifier, Shift, AltGr and both (the first that types a
+// character keeps it), then every dead key followed by every key for what is still missing.
 
 #include <xkbcommon/xkbcommon-compose.h>
 #include <xkbcommon/xkbcommon.h>
