@@ -94,16 +94,11 @@ void DeepTree::rebuild() {
 }
 
 void unpack_deep(BitReader& bits, LzWindow& window, DeepTree& tree, std::span<std::uint8_t> out) {
-    LzOutput output(window, kWindowBytes, window.deep, out);
-    while (!output.done()) {
+    unpack_lz_record(window, kWindowBytes, window.deep, kGapAfterRecord, out, [&](LzOutput& output) {
         const unsigned symbol = tree.decode(bits);
-        if (symbol < kFirstMatchSymbol) {
-            output.literal(static_cast<std::uint8_t>(symbol));
-        } else {
-            output.match(read_far_distance(bits), symbol - kMatchLengthBias);
-        }
-    }
-    window.deep = (output.position() + kGapAfterRecord) % kWindowBytes;
+        if (symbol < kFirstMatchSymbol) output.literal(static_cast<std::uint8_t>(symbol));
+        else output.match(read_far_distance(bits), symbol - kMatchLengthBias);
+    });
 }
 
 } // namespace kq::media::dms

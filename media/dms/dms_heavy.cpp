@@ -36,21 +36,19 @@ bool read_heavy_codes(BitReader& bits, HeavyState& state, const HeavyMode& mode)
 bool unpack_heavy(BitReader& bits, LzWindow& window, HeavyState& state, const HeavyMode& mode,
                   std::span<std::uint8_t> out) {
     if (!state.has_codes) return false;
-    LzOutput output(window, mode.window_bytes, window.heavy, out);
     const unsigned repeat = mode.distance_symbols - 1;
-    unsigned last_distance = state.last_distance;
-    while (!output.done()) {
+    unsigned last_distance = state.last_distance;  // a local: the output's byte stores may alias a member
+    unpack_lz_record(window, mode.window_bytes, window.heavy, 0, out, [&](LzOutput& output) {
         const unsigned symbol = state.symbols.decode(bits);
         if (symbol < 256) {
             output.literal(static_cast<std::uint8_t>(symbol));
-            continue;
+            return;
         }
         const unsigned k = state.distances.decode(bits);
         if (k != repeat) last_distance = k == 0 ? 0 : (1u << (k - 1)) + bits.get(k - 1);
         output.match(last_distance, symbol - kMatchLengthBias);
-    }
+    });
     state.last_distance = last_distance;
-    window.heavy = output.position() % mode.window_bytes;
     return true;
 }
 

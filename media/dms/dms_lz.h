@@ -4,6 +4,8 @@
 // one 16 KiB buffer, each with its own write position and its own window size (a power of two
 // that masks the positions): quick 256, heavy 1 4096, heavy 2 8192, medium and deep 16384.
 
+#include "media/dms/dms_bit_reader.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -72,5 +74,26 @@ private:
     std::uint8_t* at_;
     std::uint8_t* end_;
 };
+
+// One record's first stage, the loop every LZ mode shares: `read_item` decodes one literal or
+// match into the output at a time until the record is complete; the mode's position then moves
+// on past the record and the gap that the mode leaves after it.
+template <class ReadItem>
+void unpack_lz_record(LzWindow& window, unsigned window_bytes, unsigned& position, unsigned gap,
+                      std::span<std::uint8_t> out, ReadItem&& read_item) {
+    LzOutput output(window, window_bytes, position, out);
+    while (!output.done()) read_item(output);
+    position = (output.position() + gap) % window_bytes;
+}
+
+// Quick and medium start each item with a flag bit: 1 and a literal byte, or 0 and a match.
+// Takes the literal when there is one; false, with nothing taken, for a match.
+inline bool take_flagged_literal(BitReader& bits, LzOutput& output) {
+    bits.ensure(9);
+    if (bits.peek(1) == 0) return false;
+    output.literal(static_cast<std::uint8_t>(bits.peek(9)));
+    bits.skip(9);
+    return true;
+}
 
 } // namespace kq::media::dms

@@ -10,19 +10,13 @@ constexpr unsigned kGapAfterRecord = 5;
 
 // Per item: 1 and a literal byte, or 0, the length - 2 in 2 bits and the distance in 8.
 void unpack_quick(BitReader& bits, LzWindow& window, std::span<std::uint8_t> out) {
-    LzOutput output(window, kWindowBytes, window.quick, out);
-    while (!output.done()) {
+    unpack_lz_record(window, kWindowBytes, window.quick, kGapAfterRecord, out, [&](LzOutput& output) {
+        if (take_flagged_literal(bits, output)) return;
         bits.ensure(11);
-        if (bits.peek(1) != 0) {
-            output.literal(static_cast<std::uint8_t>(bits.peek(9)));
-            bits.skip(9);
-        } else {
-            const unsigned item = bits.peek(11);
-            bits.skip(11);
-            output.match(item & 0xFF, (item >> 8) + 2);
-        }
-    }
-    window.quick = (output.position() + kGapAfterRecord) % kWindowBytes;
+        const unsigned item = bits.peek(11);
+        bits.skip(11);
+        output.match(item & 0xFF, (item >> 8) + 2);
+    });
 }
 
 } // namespace kq::media::dms

@@ -3,7 +3,7 @@
 #include "media/dms/dms_archive.h"
 #include "media/dms/dms_checks.h"
 #include "media/dms/dms_record.h"
-#include "media/input_buffer.h"
+#include "media/compression/input_buffer.h"
 
 #include <algorithm>
 #include <array>
