@@ -14,8 +14,8 @@
 
 #include "bench/child_process.h"
 #include "bench/summary.h"
-#include "media/deflate.h"
-#include "media/inflate.h"
+#include "media/compression/deflate.h"
+#include "media/compression/inflate.h"
 
 #include <fcntl.h>
 #include <sys/resource.h>

@@ -2,7 +2,7 @@
 // itself. It must end with a result, never read past the input, and never write more than the
 // output it was allowed.
 
-#include "media/deflate64.h"
+#include "media/compression/deflate64.h"
 
 #include <cstdint>
 #include <cstdlib>

@@ -4,7 +4,7 @@
 // (the inflater checks both; here the output is counted and checksummed once more).
 
 #include "fuzz/fuzz_require.h"
-#include "media/inflate.h"
+#include "media/compression/inflate.h"
 
 #include <zlib.h>
 

@@ -7,9 +7,9 @@
 #include "kqhost/console.h"
 #include "kqhost/file_input.h"
 #include "media/analysis/medium_analysis.h"
-#include "media/deflate.h"
+#include "media/compression/deflate.h"
 #include "media/dms/dms_unpacker.h"
-#include "media/inflate.h"
+#include "media/compression/inflate.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -4,7 +4,7 @@
 #include "common/path_text.h"
 #include "media/cue_sheet.h"
 #include "media/dms/dms_unpacker.h"
-#include "media/inflate.h"
+#include "media/compression/inflate.h"
 #include "platform/file_operations.h"
 #include "platform/files.h"
 #include "platform/text_conversion.h"

@@ -5,8 +5,8 @@
 #include "common/byte_order.h"
 #include "common/compare.h"
 #include "common/path_text.h"
-#include "media/deflate.h"
-#include "media/inflate.h"
+#include "media/compression/deflate.h"
+#include "media/compression/inflate.h"
 #include "platform/file_operations.h"
 #include "platform/files.h"
 

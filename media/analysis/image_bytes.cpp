@@ -1,6 +1,6 @@
 #include "media/analysis/image_bytes.h"
 
-#include "media/inflate.h"
+#include "media/compression/inflate.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "media/deflate.h"
+#include "media/compression/deflate.h"
 
 #include "common/byte_order.h"
 #include "common/path_text.h"

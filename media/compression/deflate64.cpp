@@ -1,4 +1,4 @@
-#include "media/deflate64.h"
+#include "media/compression/deflate64.h"
 
 #include <array>
 #include <cstdint>

@@ -5,8 +5,8 @@
 // It streams: input through an InputBuffer, output through an InflateOutput, with no more
 // memory than the window.
 
-#include "media/inflate_output.h"
-#include "media/input_buffer.h"
+#include "media/compression/inflate_output.h"
+#include "media/compression/input_buffer.h"
 
 namespace kq::media {
 

@@ -1,9 +1,9 @@
-#include "media/inflate.h"
+#include "media/compression/inflate.h"
 
 #include "common/byte_order.h"
-#include "media/deflate64.h"
-#include "media/inflate_output.h"
-#include "media/input_buffer.h"
+#include "media/compression/deflate64.h"
+#include "media/compression/inflate_output.h"
+#include "media/compression/input_buffer.h"
 
 #include <zlib.h>
 

@@ -1,4 +1,4 @@
-#include "media/inflate_output.h"
+#include "media/compression/inflate_output.h"
 
 #include <zlib.h>
 

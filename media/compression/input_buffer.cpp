@@ -1,4 +1,4 @@
-#include "media/input_buffer.h"
+#include "media/compression/input_buffer.h"
 
 #include <algorithm>
 

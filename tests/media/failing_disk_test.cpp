@@ -12,7 +12,7 @@
 #include "common/utf.h"
 #include "media/copy_medium.h"
 #include "media/empty_medium.h"
-#include "media/inflate.h"
+#include "media/compression/inflate.h"
 #include "media/runtime_medium.h"
 #include "platform/files.h"
 #include "platform/native/native_controls.h"

@@ -2,7 +2,7 @@
 // beside it, change detection, write-back (also compressed), and what stays behind when
 // something fails.
 
-#include "media/inflate.h"
+#include "media/compression/inflate.h"
 #include "media/runtime_medium.h"
 #include "platform/files.h"
 #include "tests/support/compressed_files.h"

@@ -7,7 +7,7 @@
 // for a while and records when it was entered and left; the test reads the record.
 
 #include "kq_amiga.h"
-#include "media/inflate.h"
+#include "media/compression/inflate.h"
 #include "module/error_report.h"
 #include "tests/support/amiga_dll.h"
 #include "tests/support/compressed_files.h"

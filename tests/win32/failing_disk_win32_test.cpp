@@ -13,7 +13,7 @@
 // here, without a limit.
 
 #include "kq_amiga.h"
-#include "media/inflate.h"
+#include "media/compression/inflate.h"
 #include "tests/support/amiga_dll.h"
 #include "tests/support/compressed_files.h"
 #include "tests/support/temp_folder.h"

@@ -2,8 +2,8 @@
 // write inflates to the original bytes, and what the deflater writes passes gzip's own checks.
 // Native only: the tools run as child processes.
 
-#include "media/deflate.h"
-#include "media/inflate.h"
+#include "media/compression/deflate.h"
+#include "media/compression/inflate.h"
 #include "tests/support/compressed_files.h"
 #include "tests/support/shell_command.h"
 #include "tests/support/temp_folder.h"

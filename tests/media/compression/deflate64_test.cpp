@@ -2,7 +2,7 @@
 // 285 with 16 extra bits, distance codes 30 and 31, a 64 KiB window), the deflate it shares,
 // and malformed streams.
 
-#include "media/inflate.h"
+#include "media/compression/inflate.h"
 #include "tests/support/compressed_files.h"
 
 #include <gtest/gtest.h>

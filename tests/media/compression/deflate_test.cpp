@@ -1,8 +1,8 @@
 // Compressing a working copy back into its ".adz"/".hdz": the gzip layout byte for byte, the
 // data as any inflater reads it, and failures that never read as success.
 
-#include "media/deflate.h"
-#include "media/inflate.h"
+#include "media/compression/deflate.h"
+#include "media/compression/inflate.h"
 #include "tests/support/compressed_files.h"
 #include "tests/support/temp_folder.h"
 

@@ -1,7 +1,7 @@
 // Inflating ".adz"/".hdz" containers: every kind of header the readers accept, and a crafted
 // input for every way they fail.
 
-#include "media/inflate.h"
+#include "media/compression/inflate.h"
 #include "platform/files.h"
 #include "tests/support/compressed_files.h"
 #include "tests/support/temp_folder.h"
