@@ -24,7 +24,7 @@ using MediumAnalyser = std::function<media::AnalysisFailure(std::u16string_view 
 MediumAnalyser media_layer_analyser();
 
 // An IPF image whose analysis needs the CAPSImg library, which is not installed.
-inline constexpr HResult kIpfLibraryMissing = status::from_win32(1157);
+inline constexpr HResult kIpfLibraryMissing = status::from_win32(platform::system_error::dll_not_found);
 
 // Completes the catalog text. `xml` receives the completed document (UTF-8, with its XML
 // declaration), or stays empty when the catalog lists no media (the status is then S_OK).

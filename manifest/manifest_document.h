@@ -18,11 +18,11 @@
 
 namespace kq::manifest {
 
-inline constexpr HResult kDocumentEmpty = status::from_win32(4306);
-inline constexpr HResult kElementNotFound = status::from_win32(1168);
+inline constexpr HResult kDocumentEmpty = status::from_win32(platform::system_error::empty);
+inline constexpr HResult kElementNotFound = status::from_win32(platform::system_error::not_found);
 // LoadManifestFile reports every failure before parsing as "file not found", deliberately
 // hiding the cause.
-inline constexpr HResult kManifestFileUnreadable = status::from_win32(2);
+inline constexpr HResult kManifestFileUnreadable = status::from_win32(platform::system_error::file_not_found);
 // A safety cap on manifest files, not a limit of the format: manifests are a few kilobytes.
 inline constexpr std::uint64_t kMaxManifestFileBytes = 256u << 20;
 

@@ -22,7 +22,7 @@ struct XmlDocumentFree {
 using XmlDocument = std::unique_ptr<_xmlDoc, XmlDocumentFree>;
 
 // A document that does not parse: HRESULT_FROM_WIN32(ERROR_INVALID_DATA).
-inline constexpr HResult kMalformedDocument = status::from_win32(13);
+inline constexpr HResult kMalformedDocument = status::from_win32(platform::system_error::invalid_data);
 
 // How the bytes of the text are encoded: as the document says (UTF-8 unless its XML
 // declaration names another encoding), or UTF-8 whatever the declaration says (text that was

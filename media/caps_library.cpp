@@ -10,7 +10,6 @@ namespace {
 
 constexpr std::u16string_view kLibraryBelowFolder = u"Software Preservation Society\\CAPSImg.dll";
 constexpr std::u16string_view kWindowsVersionKey = u"SOFTWARE\\Microsoft\\Windows\\CurrentVersion";
-constexpr std::size_t kMaxPathChars = 260;
 
 } // namespace
 
@@ -23,7 +22,7 @@ std::optional<std::u16string> caps_library_path(bool common_files_setting) {
     if (!folder) return std::nullopt;
     std::u16string path = with_trailing_backslash(*folder);
     path += kLibraryBelowFolder;
-    if (path.size() >= kMaxPathChars) return std::nullopt;
+    if (path.size() >= platform::kMaxPathChars) return std::nullopt;
     return path;
 }
 

@@ -28,7 +28,7 @@ enum class CapsEntryPoint {
 // Where the library is expected: the Common Files folder, else the Program Files folder, else
 // the machine's "ProgramFilesDir" setting ("CommonFilesDir" with `common_files_setting`), with
 // "Software Preservation Society\CAPSImg.dll" appended. nullopt when no folder is known or the
-// path would reach 260 characters.
+// path would reach platform::kMaxPathChars characters.
 std::optional<std::u16string> caps_library_path(bool common_files_setting);
 
 class CapsLibrary {

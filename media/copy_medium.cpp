@@ -17,7 +17,6 @@ namespace kq::media {
 namespace {
 
 constexpr int kMaxNameNumber = 999;
-constexpr platform::SystemError kBadPathName = 161;  // ERROR_BAD_PATHNAME
 constexpr HResult kInvalidData = status::from_win32(platform::system_error::invalid_data);
 
 enum class Conversion { none, inflate, unpack_dms };
@@ -96,9 +95,9 @@ HResult copy_cue_data_files(std::u16string_view sheet, const std::u16string& tar
     std::vector<CueDataFile> files;
     switch (read_cue_sheet_file(sheet, files)) {
     case CueError::none: break;
-    case CueError::unsafe_name: return status::from_win32(kBadPathName);
+    case CueError::unsafe_name: return status::from_win32(platform::system_error::bad_pathname);
     case CueError::too_large: return kInvalidData;
-    case CueError::unreadable: return status::failure_from_win32(platform::last_system_error());
+    case CueError::unreadable: return status::system_failure();
     }
     const std::u16string_view sheet_folder = sheet.substr(0, sheet.rfind(u'\\') + 1);
     std::vector<std::u16string> created;
@@ -131,7 +130,7 @@ HResult ascii_safe_path(std::u16string_view path, std::u16string& safe) {
         std::u16string replacement(element);
         if (has_non_ascii(element)) {
             const std::optional<std::u16string> short_name = platform::short_name_of(path.substr(0, end));
-            if (!short_name) return status::failure_from_win32(platform::last_system_error());
+            if (!short_name) return status::system_failure();
             if (!short_name->empty()) replacement = *short_name;
         }
         safe += replacement;

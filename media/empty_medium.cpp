@@ -14,9 +14,6 @@ namespace {
 constexpr std::u16string_view kTemplateFolder = u"Tessary\\";
 constexpr std::u16string_view kFolderPrefix = u"AEM";
 constexpr std::uint32_t kNameNumbers = 65536;
-constexpr std::size_t kMaxPathChars = 260;
-
-HResult system_failure() { return status::failure_from_win32(platform::last_system_error()); }
 
 // A new folder in the temporary folder named by the system's temporary-name service, trying the
 // 16-bit numbers in turn from one taken from the tick count. A folder that cannot be created
@@ -24,13 +21,13 @@ HResult system_failure() { return status::failure_from_win32(platform::last_syst
 // that reason: no other name would fare better.
 HResult make_private_folder(std::u16string& folder) {
     const std::optional<std::u16string> temp = platform::temp_folder();
-    if (!temp) return system_failure();
+    if (!temp) return status::system_failure();
     const std::uint32_t start = platform::tick_count() & 0xFFFF;
     for (std::uint32_t i = 0; i < kNameNumbers; ++i) {
         const auto number = static_cast<std::uint16_t>((start + i) % kNameNumbers);
         if (number == 0) continue;  // would have the system create a file of its own choosing
         const std::optional<std::u16string> name = platform::temp_file_name(*temp, kFolderPrefix, number);
-        if (!name) return system_failure();
+        if (!name) return status::system_failure();
         if (platform::file_attributes(*name)) continue;
         const platform::SystemError error = platform::create_folder(*name);
         if (error == 0) {
@@ -74,7 +71,7 @@ HResult make_empty_medium(std::uint32_t must_be_zero, std::uint32_t kind, std::u
 
     std::u16string folder;
     if (const HResult made = make_private_folder(folder); made != status::ok) return made;
-    if (folder.size() + 2 + medium.file_name.size() >= kMaxPathChars) {
+    if (folder.size() + 2 + medium.file_name.size() >= platform::kMaxPathChars) {
         platform::remove_folder(folder);
         return status::from_win32(platform::system_error::buffer_overflow);
     }

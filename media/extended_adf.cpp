@@ -31,7 +31,7 @@ HResult read_exactly(ByteSource& source, std::span<std::byte> bytes) {
     std::size_t taken = 0;
     while (taken < bytes.size()) {
         const std::optional<std::size_t> got = source.read(bytes.subspan(taken));
-        if (!got) return status::failure_from_win32(platform::last_system_error());
+        if (!got) return status::system_failure();
         if (*got == 0) return status::from_win32(kInvalidData);
         taken += *got;
     }
@@ -46,7 +46,7 @@ struct TrackSlots {
 
 HResult decode_track(ByteSource& source, const ExtendedAdfTrack& track, TrackSlots& slots, bool& high_density) {
     if (track.byte_length == 0) return status::ok;  // unformatted
-    if (!source.seek(track.offset)) return status::failure_from_win32(platform::last_system_error());
+    if (!source.seek(track.offset)) return status::system_failure();
     if (track.type == kTrackTypeRawMfm) {
         std::vector<std::byte> raw(track.byte_length);  // at most 16 MiB: the length has 24 bits
         if (const HResult read = read_exactly(source, raw); read != status::ok) return read;
@@ -116,7 +116,7 @@ HResult read_extended_adf_table(ByteSource& source, ExtendedAdfTable& table) {
 HResult ExtendedAdfFile::open(std::u16string_view path, std::optional<ExtendedAdfFile>& out) {
     out.reset();
     std::optional<platform::File> file = platform::File::open_for_reading(path);
-    if (!file) return status::failure_from_win32(platform::last_system_error());
+    if (!file) return status::system_failure();
     ExtendedAdfFile opened(std::move(*file));
     FileSource source(opened.file_);
     if (const HResult read = read_extended_adf_table(source, opened.table_); read != status::ok) return read;

@@ -22,9 +22,10 @@ constexpr std::u16string_view kRuntimeSubfolder = u"Quennet\\";
 constexpr std::u16string_view kRecordSuffix = u".info";
 constexpr std::u16string_view kSideSuffix = u".temp";
 constexpr int kSideNameTries = 1000;
-constexpr std::size_t kMaxCopyPathChars = 259, kMaxRecordPathChars = 260;
+// The working copy's path fits a system path with its NUL; the record's may take all of it.
+constexpr std::size_t kMaxCopyPathChars = platform::kMaxPathChars - 1, kMaxRecordPathChars = platform::kMaxPathChars;
 constexpr std::size_t kRecordTimeBytes = 8;
-constexpr std::size_t kMaxRecordPathBytes = 520;
+constexpr std::size_t kMaxRecordPathBytes = platform::kMaxPathChars * sizeof(char16_t);
 constexpr HResult kPathTooLong = status::from_win32(platform::system_error::buffer_overflow);
 constexpr std::uint32_t kInflaterFailure = 0x80040000u;
 
@@ -38,8 +39,6 @@ ImageKind image_kind(std::u16string_view path) {
     if (equal_ignoring_case(extension, u".adz") || equal_ignoring_case(extension, u".hdz")) return ImageKind::compressed;
     return ImageKind::other;
 }
-
-HResult system_failure() { return status::failure_from_win32(platform::last_system_error()); }
 
 std::u16string guid_text(const platform::Guid& guid) {
     char text[40];
@@ -61,7 +60,7 @@ bool is_usable_key(std::u16string_view key) {
 std::optional<platform::FileTime> last_write_time_of(std::u16string_view path, HResult& failure) {
     const std::optional<platform::File> file = platform::File::open_for_reading(path);
     if (!file) {
-        failure = system_failure();
+        failure = status::system_failure();
         return std::nullopt;
     }
     const std::optional<platform::FileTime> time = file->last_write_time();
@@ -71,11 +70,11 @@ std::optional<platform::FileTime> last_write_time_of(std::u16string_view path, H
 
 HResult write_record(std::u16string_view record_path, platform::FileTime time, std::u16string_view image_path) {
     std::optional<platform::File> record = platform::File::create(record_path);
-    if (!record) return system_failure();
+    if (!record) return status::system_failure();
     std::array<std::byte, kRecordTimeBytes> time_bytes{};
     store_le64(time_bytes.data(), time);
     const std::optional<std::size_t> written_time = record->write(time_bytes);
-    if (!written_time || *written_time < time_bytes.size()) return system_failure();
+    if (!written_time || *written_time < time_bytes.size()) return status::system_failure();
 
     std::vector<std::byte> path_bytes;
     path_bytes.reserve(image_path.size() * 2);
@@ -87,7 +86,7 @@ HResult write_record(std::u16string_view record_path, platform::FileTime time, s
     // on a mismatch the result is the system's error, which after a write that succeeded is
     // none, so only a failed write fails here.
     const std::optional<std::size_t> written_path = record->write(path_bytes);
-    if (!written_path) return system_failure();
+    if (!written_path) return status::system_failure();
     return status::ok;
 }
 
@@ -112,7 +111,7 @@ struct Record {
 // Reads the record: 0, the system's error opening it, or E_FAIL when it is short.
 HResult read_record(std::u16string_view record_path, Record& record, bool with_path) {
     std::optional<platform::File> file = platform::File::open_for_reading(record_path);
-    if (!file) return system_failure();
+    if (!file) return status::system_failure();
     std::array<std::byte, kRecordTimeBytes> time{};
     const std::optional<std::size_t> got_time = file->read(time);
     if (!got_time || *got_time != time.size()) return status::failed;

@@ -2,6 +2,8 @@
 // Statuses in the HRESULT form, as every export returns them: 0 success, 1 "nothing more" or
 // "not applicable", negative values failures.
 
+#include "platform/system_error.h"
+
 #include <cstdint>
 
 namespace kq {
@@ -27,6 +29,9 @@ constexpr HResult from_win32(std::uint32_t error) {
 // A failed operation's Windows error in HRESULT form; E_FAIL when the system left no error
 // code (a short write that reported success), so that a failure never reads as success.
 constexpr HResult failure_from_win32(std::uint32_t error) { return error == 0 ? failed : from_win32(error); }
+
+// The error of the platform call that just failed on this thread, in HRESULT form.
+inline HResult system_failure() { return failure_from_win32(platform::last_system_error()); }
 
 // The facility field of a status: bits 16 to 28.
 constexpr std::uint32_t facility(HResult status) {

@@ -17,6 +17,10 @@
 
 namespace kq::platform {
 
+// The longest path that the module hands to the system or the host, in characters with its
+// terminating NUL (MAX_PATH).
+inline constexpr std::size_t kMaxPathChars = 260;
+
 // File attribute bits (as Windows reports them).
 inline constexpr std::uint32_t kAttributeReadOnly = 0x1;
 inline constexpr std::uint32_t kAttributeHidden = 0x2;

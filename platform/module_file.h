@@ -2,12 +2,11 @@
 // The module's own identity: its instance handle, stored when the library is attached to the
 // process, and the full path of its file.
 
+#include "platform/files.h"
+
 #include <string>
 
 namespace kq::platform {
-
-// Maximum length of a path in characters, including its terminating NUL.
-inline constexpr std::size_t kMaxPathChars = 260;
 
 void set_module_instance(void* instance) noexcept;
 // The module instance handle; before it is set, the module that holds this code (so that a

@@ -10,7 +10,7 @@
 namespace kq::content {
 
 // HRESULT_FROM_WIN32(ERROR_FILE_TOO_LARGE).
-inline constexpr HResult kFileTooLarge = status::from_win32(223);
+inline constexpr HResult kFileTooLarge = status::from_win32(platform::system_error::file_too_large);
 
 // The file's bytes in `out`. The system error of the failed open or read as an HRESULT (E_FAIL
 // when the system left none), kFileTooLarge when the file holds more than `max_bytes` (nothing

@@ -18,9 +18,6 @@ constexpr std::int64_t kTicksFrom1601To1970 = 116444736000000000;
 constexpr std::int64_t kTicksPerSecond = 10000000;
 constexpr char kOsWindows = 10;  // what zlib writes as the OS byte on Windows
 
-// What the caller gets when a read or write failed or came up short.
-HResult io_failure() { return status::failure_from_win32(platform::last_system_error()); }
-
 bool write_all(ByteSink& sink, std::span<const std::byte> bytes) {
     const std::optional<std::size_t> written = sink.write(bytes);
     return written && *written == bytes.size();
@@ -57,7 +54,7 @@ std::string gzip_header(platform::FileTime written, std::u16string_view file_nam
 
 HResult deflate(ByteSource& image, platform::FileTime written, std::u16string_view file_name,
                 ByteSink& compressed) {
-    if (!write_all(compressed, as_bytes(gzip_header(written, file_name)))) return io_failure();
+    if (!write_all(compressed, as_bytes(gzip_header(written, file_name)))) return status::system_failure();
 
     z_stream stream{};
     if (deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, -15, 8, Z_DEFAULT_STRATEGY) != Z_OK)
@@ -69,7 +66,7 @@ HResult deflate(ByteSource& image, platform::FileTime written, std::u16string_vi
     std::uint32_t size = 0;
     for (int flush = Z_NO_FLUSH; flush != Z_FINISH;) {
         const std::optional<std::size_t> got = image.read(input);
-        if (!got) return io_failure();
+        if (!got) return status::system_failure();
         flush = *got == 0 ? Z_FINISH : Z_NO_FLUSH;
         auto* bytes = reinterpret_cast<Bytef*>(input.data());
         crc = crc32(crc, bytes, static_cast<uInt>(*got));
@@ -80,25 +77,25 @@ HResult deflate(ByteSource& image, platform::FileTime written, std::u16string_vi
             stream.next_out = reinterpret_cast<Bytef*>(output.data());
             stream.avail_out = static_cast<uInt>(output.size());
             if (::deflate(&stream, flush) == Z_STREAM_ERROR) return status::failed;
-            if (!write_all(compressed, std::span(output).first(output.size() - stream.avail_out))) return io_failure();
+            if (!write_all(compressed, std::span(output).first(output.size() - stream.avail_out))) return status::system_failure();
         } while (stream.avail_out == 0);
     }
 
     std::array<std::byte, 8> trailer{};
     store_le32(&trailer[0], static_cast<std::uint32_t>(crc));
     store_le32(&trailer[4], size);
-    if (!write_all(compressed, trailer) || !compressed.flush()) return io_failure();
+    if (!write_all(compressed, trailer) || !compressed.flush()) return status::system_failure();
     return status::ok;
 }
 
 HResult deflate_file(std::u16string_view image_path, std::u16string_view compressed_path,
                      std::u16string_view final_path) {
     std::optional<platform::File> image = platform::File::open_for_reading(image_path);
-    if (!image) return io_failure();
+    if (!image) return status::system_failure();
     const std::optional<platform::FileTime> written = image->last_write_time();
-    if (!written) return io_failure();
+    if (!written) return status::system_failure();
     std::optional<platform::File> target = platform::File::create(compressed_path);
-    if (!target) return io_failure();
+    if (!target) return status::system_failure();
     FileSource source(*image);
     FileSink sink(*target);
     return deflate(source, *written, file_name_of(final_path.empty() ? compressed_path : final_path), sink);
