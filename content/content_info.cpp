@@ -9,7 +9,6 @@
 #include "content/list_join.h"
 #include "module/message_format.h"
 #include "platform/files.h"
-#include "platform/system_error.h"
 #include "platform/volumes.h"
 
 #include <algorithm>
@@ -221,17 +220,6 @@ std::optional<std::u16string> content_info_text(std::u16string_view list, std::u
                                                 std::uint32_t flags, const MediumNameReaders& readers) {
     if (flags & kContentInfoRuntime) return runtime_summary(records, readers);
     return configuration_summary(list, records, (flags & kContentInfoShort) != 0);
-}
-
-HResult write_content_info(std::u16string_view list, std::u16string_view records, std::uint32_t flags,
-                           const MediumNameReaders& readers, std::span<char16_t> buffer) {
-    buffer[0] = u'\0';
-    const std::optional<std::u16string> text = content_info_text(list, records, flags, readers);
-    if (!text) return status::out_of_memory;
-    if (text->size() >= buffer.size()) return status::from_win32(platform::system_error::buffer_overflow);
-    std::ranges::copy(*text, buffer.begin());
-    buffer[text->size()] = u'\0';
-    return status::ok;
 }
 
 } // namespace kq::content

@@ -10,11 +10,9 @@
 // disk: path TAB device TAB volume TAB kind. Lines are separated by LF.
 
 #include "content/medium_name_readers.h"
-#include "module/status.h"
 
 #include <cstdint>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 
@@ -30,11 +28,5 @@ inline constexpr std::uint32_t kContentInfoShort = 0x2;    // configuration mode
 // table could not be formatted.
 std::optional<std::u16string> content_info_text(std::u16string_view list, std::u16string_view records,
                                                 std::uint32_t flags, const MediumNameReaders& readers);
-
-// The summary written into the host's buffer (at least one character) with its NUL. The buffer
-// is emptied first and stays empty on failure: from_win32(111) when the text does not fit,
-// out_of_memory when it could not be formatted.
-HResult write_content_info(std::u16string_view list, std::u16string_view records, std::uint32_t flags,
-                           const MediumNameReaders& readers, std::span<char16_t> buffer);
 
 } // namespace kq::content

@@ -75,16 +75,4 @@ std::optional<std::u16string> content_tooltip_text(std::uint8_t drive_type, std:
     return format_message(content_text(content.template_id), arguments);
 }
 
-HResult write_content_tooltip(std::uint8_t drive_type, std::uint32_t drive_index, std::u16string_view path,
-                              std::u16string_view label, const MediumNameReaders& readers,
-                              std::span<char16_t> buffer) {
-    buffer[0] = u'\0';
-    const std::optional<std::u16string> text = content_tooltip_text(drive_type, drive_index, path, label, readers);
-    if (!text) return status::out_of_memory;
-    const std::size_t count = std::min(text->size(), buffer.size() - 1);
-    std::copy_n(text->begin(), count, buffer.begin());
-    buffer[count] = u'\0';
-    return status::ok;
-}
-
 } // namespace kq::content

@@ -9,11 +9,9 @@
 
 #include "content/content_info.h"
 #include "content/medium_name_readers.h"
-#include "module/status.h"
 
 #include <cstdint>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 
@@ -28,11 +26,5 @@ inline constexpr std::size_t kTooltipSummaryChars = 2000;
 std::optional<std::u16string> content_tooltip_text(std::uint8_t drive_type, std::uint32_t drive_index,
                                                    std::u16string_view path, std::u16string_view label,
                                                    const MediumNameReaders& readers);
-
-// The tooltip written into the host's buffer (at least one character), cut to fit with a NUL.
-// The buffer is emptied first; out_of_memory when the text could not be formatted.
-HResult write_content_tooltip(std::uint8_t drive_type, std::uint32_t drive_index, std::u16string_view path,
-                              std::u16string_view label, const MediumNameReaders& readers,
-                              std::span<char16_t> buffer);
 
 } // namespace kq::content

@@ -1,7 +1,7 @@
 // Exports of models, ROMs, configuration reading and input ports. Texts handed to the host
 // come from the global heap; the host frees them with GlobalFree.
 
-#include "exports/export_text.h"
+#include "exports/host_text.h"
 #include "kq_amiga.h"
 #include "manifest/application_info.h"
 #include "manifest/input_ports.h"
@@ -9,15 +9,6 @@
 #include "manifest/shared_folders.h"
 #include "manifest/system_models.h"
 #include "module/guard.h"
-#include "module/host_text.h"
-
-namespace {
-
-kq_char* to_host(std::u16string_view text) {
-    return reinterpret_cast<kq_char*>(kq::copy_text_to_heap(kq::platform::Heap::global, text));
-}
-
-} // namespace
 
 extern "C" kq_status KQGetApplicationInfo(kq_char** text, const char* manifest) {
     if (text == nullptr) return KQ_E_POINTER;
@@ -26,8 +17,7 @@ extern "C" kq_status KQGetApplicationInfo(kq_char** text, const char* manifest) 
         std::u16string info;
         const kq::HResult loaded = kq::manifest::application_info(manifest, info);
         if (loaded != kq::status::ok) return loaded;
-        *text = to_host(info);
-        return *text != nullptr ? kq::status::ok : kq::status::out_of_memory;
+        return kq::hand_to_host(info, text);
     });
 }
 
@@ -48,7 +38,7 @@ extern "C" kq_status KQGetDefaultSystemROM(kq_char** rom_id, const kq_char* mode
     if (model_id == nullptr) return KQ_E_INVALIDARG;
     return kq::guard([&] {
         // A failed allocation leaves the result null and still succeeds.
-        *rom_id = to_host(kq::manifest::fill_system_defaults(kq::text_view(model_id)).rom);
+        kq::hand_to_host(kq::manifest::fill_system_defaults(kq::text_view(model_id)).rom, rom_id);
         return kq::status::ok;
     });
 }
@@ -58,8 +48,7 @@ extern "C" kq_status KQGetRestoreSystemFilesPaths(kq_char** text, const kq_char*
     *text = nullptr;
     if (data_folder == nullptr) return KQ_S_OK;
     return kq::guard([&] {
-        *text = to_host(kq::manifest::restore_system_files_paths(kq::text_view(data_folder)));
-        return *text != nullptr ? kq::status::ok : kq::status::out_of_memory;
+        return kq::hand_to_host(kq::manifest::restore_system_files_paths(kq::text_view(data_folder)), text);
     });
 }
 

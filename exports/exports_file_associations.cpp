@@ -2,6 +2,7 @@
 // type.
 
 #include "content/file_associations.h"
+#include "exports/host_text.h"
 #include "kq_amiga.h"
 #include "module/guard.h"
 #include "platform/module_file.h"
@@ -15,10 +16,7 @@ extern "C" kq_status KQGetFileAssociation(uint32_t index, KQFileAssociation** as
         const std::optional<kq::content::FileAssociationTexts> texts =
             kq::content::file_association(index, kq::platform::module_file_path());
         if (!texts) return kq::status::nothing_more;
-        kq::platform::HeapBlock record = kq::content::pack_file_association(*texts);
-        if (!record) return kq::status::out_of_memory;
-        *association = static_cast<KQFileAssociation*>(record.release());
-        return kq::status::ok;
+        return kq::hand_to_host(kq::content::pack_file_association(*texts), association);
     });
 }
 

@@ -1,8 +1,7 @@
 // Exports of keyboard translation, layouts, key names, raw key strings, keyboard settings and
 // controller button names. The first five return their status in a 64-bit value.
 
-#include "exports/export_text.h"
-#include "platform/system_error.h"
+#include "exports/host_text.h"
 #include "input/buttons.h"
 #include "input/key_names.h"
 #include "input/key_translation.h"
@@ -11,9 +10,8 @@
 #include "input/raw_key_strings.h"
 #include "kq_amiga.h"
 #include "module/guard.h"
-#include "module/host_text.h"
 #include "platform/string_table.h"
-
+#include "platform/system_error.h"
 
 namespace {
 
@@ -67,11 +65,7 @@ extern "C" kq_status KQGetKeyboardLayout(uint32_t, const uint8_t* keymap, uint32
                                          uint32_t buffer_chars) {
     if (keymap == nullptr || keymap_bytes == 0 || buffer == nullptr || buffer_chars == 0) return KQ_E_INVALIDARG;
     return kq::guard([&] {
-        const std::u16string text = kq::input::keyboard_layout_text(std::span(keymap, keymap_bytes));
-        if (text.size() >= buffer_chars) return kq::status::from_win32(kq::platform::system_error::buffer_overflow);
-        std::ranges::copy(text, reinterpret_cast<char16_t*>(buffer));
-        buffer[text.size()] = 0;
-        return kq::status::ok;
+        return kq::copy_whole(kq::input::keyboard_layout_text(std::span(keymap, keymap_bytes)), buffer, buffer_chars);
     });
 }
 
@@ -94,9 +88,7 @@ extern "C" kq_status KQGetStringRawKeys(const kq_char* text, KQKeyboardInputData
     if (text == nullptr) return KQ_S_OK;
     if (data == nullptr) return KQ_E_INVALIDARG;
     return kq::guard([&] {
-        const std::u16string script = kq::input::raw_key_string(*record_of(data), kq::text_view(text), mode);
-        *keys = reinterpret_cast<kq_char*>(kq::copy_text_to_heap(kq::platform::Heap::global, script));
-        return *keys != nullptr ? kq::status::ok : kq::status::out_of_memory;
+        return kq::hand_to_host(kq::input::raw_key_string(*record_of(data), kq::text_view(text), mode), keys);
     });
 }
 
@@ -112,12 +104,10 @@ extern "C" kq_status KQBackupKeyboardSettings(uint32_t action) {
 extern "C" kq_status KQGetInputButtonName(uint32_t mask, uint32_t, uint32_t kind, kq_char* buffer,
                                           uint32_t buffer_chars) {
     const std::optional<std::uint16_t> name = kq::input::button_name_id(mask, kind);
-    if (!name) return KQ_STATUS_FROM_WIN32(1168);  // ERROR_NOT_FOUND; the buffer is left alone
+    if (!name) return kq::status::from_win32(kq::platform::system_error::not_found);  // the buffer is left alone
     if (buffer == nullptr || buffer_chars == 0) return KQ_S_OK;
     return kq::guard([&] {
-        const std::u16string text = kq::platform::load_string(*name, buffer_chars - 1);
-        std::ranges::copy(text, reinterpret_cast<char16_t*>(buffer));
-        buffer[text.size()] = 0;
+        kq::copy_truncated(kq::platform::load_string(*name, buffer_chars - 1), buffer, buffer_chars);
         return kq::status::ok;
     });
 }

@@ -1,7 +1,7 @@
 // Exports of media: runtime working copies, empty media, copies of medium files, volume
 // names, boot tags and device commands.
 
-#include "exports/export_text.h"
+#include "exports/host_text.h"
 #include "input/device_commands.h"
 #include "kq_amiga.h"
 #include "manifest/boot_tag.h"
@@ -9,7 +9,6 @@
 #include "media/copy_medium.h"
 #include "media/empty_medium.h"
 #include "media/runtime_medium.h"
-#include "module/host_text.h"
 #include "module/guard.h"
 
 extern "C" kq_status KQGetRuntimeMedium(const kq_char* image_path, const kq_char* alternate_folder,
@@ -50,13 +49,9 @@ extern "C" kq_status KQGetEmptyMedium2(kq_char** path, void*, uint32_t must_be_z
         std::u16string made;
         const kq::HResult result = kq::media::make_empty_medium(must_be_zero, kind, path != nullptr ? &made : nullptr);
         if (result != kq::status::ok || path == nullptr) return result;
-        char16_t* text = kq::copy_text_to_heap(kq::platform::Heap::global, made);
-        if (text == nullptr) {
-            kq::media::free_empty_medium(made);
-            return kq::status::out_of_memory;
-        }
-        *path = reinterpret_cast<kq_char*>(text);
-        return kq::status::ok;
+        const kq::HResult handed = kq::hand_to_host(made, path);
+        if (handed != kq::status::ok) kq::media::free_empty_medium(made);  // the host never gets to free it
+        return handed;
     });
 }
 
@@ -88,6 +83,7 @@ extern "C" kq_status KQCopyMediumFile(const kq_char* source, const kq_char* targ
         return result;
     });
 }
+
 extern "C" kq_status KQGetVolumeName(const kq_char* image_path, kq_char* buffer, uint32_t buffer_chars) {
     if (image_path == nullptr || buffer == nullptr || buffer_chars == 0) return KQ_E_INVALIDARG;
     return kq::guard([&] {
@@ -106,10 +102,7 @@ extern "C" kq_status KQBootTag(const char* manifest, const kq_char* data_root, u
         std::u16string resolved;
         const kq::HResult result = kq::manifest::boot_tag_path(manifest, kq::text_view(data_root), operation, resolved);
         if (result != kq::status::ok || path == nullptr) return result;
-        char16_t* text = kq::copy_text_to_heap(kq::platform::Heap::global, resolved);
-        if (text == nullptr) return kq::status::out_of_memory;
-        *path = reinterpret_cast<kq_char*>(text);
-        return kq::status::ok;
+        return kq::hand_to_host(resolved, path);
     });
 }
 
@@ -121,10 +114,7 @@ extern "C" kq_status KQGetDeviceCommand(uint32_t index, uint32_t category, uint3
         const std::optional<kq::input::DeviceCommandText> text =
             kq::input::device_command(index, category, kq::text_view(model_id));
         if (!text) return kq::status::nothing_more;
-        kq::platform::HeapBlock record = kq::input::pack_device_command(*text);
-        if (!record) return kq::status::out_of_memory;
-        *command = static_cast<KQDeviceCommand*>(record.release());
-        return kq::status::ok;
+        return kq::hand_to_host(kq::input::pack_device_command(*text), command);
     });
 }
 

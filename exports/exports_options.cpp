@@ -1,9 +1,9 @@
 // Exports of the platform options.
 
+#include "exports/host_text.h"
 #include "kq_amiga.h"
 #include "module/guard.h"
 #include "module/options.h"
-#include "exports/export_text.h"
 
 extern "C" kq_status KQGetOption(uint32_t index, uint32_t, KQOption** option, const kq_char*) {
     if (option == nullptr) return KQ_E_INVALIDARG;

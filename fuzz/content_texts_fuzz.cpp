@@ -2,11 +2,12 @@
 // records (or runtime lines) of the hard-disk summary, and the path and label of a tooltip. The
 // first byte picks the flags and the drive type; the rest is UTF-16 text, split into its two
 // texts at its NULs. Names stored in images come from a stand-in that answers for every
-// path. A summary written into a buffer is the summary's text or the overflow status, with
-// nothing written past the buffer; a tooltip is always cut to its buffer with a NUL.
+// path. A summary copied into a host's buffer whole is the summary's text or the overflow status,
+// with nothing written past the buffer; a tooltip is always cut to its buffer with a NUL.
 
 #include "content/content_info.h"
 #include "content/content_tooltip.h"
+#include "exports/host_text.h"
 #include "fuzz/fuzz_require.h"
 #include "module/status.h"
 #include "platform/system_error.h"
@@ -54,20 +55,23 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     const std::optional<std::u16string> summary = content_info_text(first, second, flags, readers);
     for (const std::size_t chars : {std::size_t{1}, std::size_t{16}, std::size_t{4096}}) {
+        if (!summary) break;
         std::u16string slots(chars + 1, u'#');
-        const HResult result = write_content_info(first, second, flags, readers, std::span(slots.data(), chars));
+        slots[0] = u'\0';
+        const HResult result = copy_whole(*summary, reinterpret_cast<kq_char*>(slots.data()), chars);
         require(slots.back() == u'#');
         if (result == status::ok) {
-            require(summary && std::u16string_view(slots.data()) == *summary);
+            require(std::u16string_view(slots.data()) == *summary);
         } else {
             require(slots[0] == u'\0');
-            require(result == status::from_win32(platform::system_error::buffer_overflow) ||
-                    result == status::out_of_memory);
+            require(result == status::from_win32(platform::system_error::buffer_overflow));
         }
     }
+    const std::optional<std::u16string> tooltip = content_tooltip_text(drive_type, flags, first, second, readers);
     for (const std::size_t chars : {std::size_t{1}, std::size_t{40}}) {
+        if (!tooltip) break;
         std::u16string slots(chars + 1, u'#');
-        write_content_tooltip(drive_type, flags, first, second, readers, std::span(slots.data(), chars));
+        copy_truncated(*tooltip, reinterpret_cast<kq_char*>(slots.data()), static_cast<std::uint32_t>(chars));
         require(slots.back() == u'#' && std::u16string_view(slots.data(), chars).find(u'\0') != std::u16string_view::npos);
     }
     return 0;

@@ -20,6 +20,9 @@
  * window (KQOpenKeyboardWindow, KQSetKeyboardWindow, KQResetKeyboardWindow,
  * KQGetKeyboardWindowInfo), the key dialog (KQGetKeyDialog2) and virtual-button editing
  * (KQProcessVButtonEditMessage, KQProcessVButtonEditMessage2) always answer KQ_E_NOTIMPL.
+ *
+ * The exports come in sections below; each section names the file of the module's source
+ * that holds its exports (the export names and ordinals are in exports/amiga.def).
  */
 #ifndef KQ_AMIGA_H
 #define KQ_AMIGA_H
@@ -117,10 +120,14 @@ KQ_STATIC_ASSERT(offsetof(KQFileAssociation, category) == 64, "category at 64");
 KQ_STATIC_ASSERT(sizeof(KQDeviceCommand) == 24, "device command header is 24 bytes");
 #endif
 
-/* Module frame. Returns the constant "Amiga"; the same pointer on every call, never freed. */
+/* ==== Module frame: exports/exports_module.cpp (DllMain: exports/dll_main_win32.cpp) ==== */
+
+/* Returns the constant "Amiga"; the same pointer on every call, never freed. */
 const kq_char* KQGetPlatformName(void);
 
-/* Options. KQGetOption describes option `index` (0 to 5) in a new record (KQ_S_OK), or ends
+/* ==== Options: exports/exports_options.cpp ==== */
+
+/* KQGetOption describes option `index` (0 to 5) in a new record (KQ_S_OK), or ends
  * the list with KQ_S_FALSE and NULL; KQ_E_INVALIDARG for a null record pointer, KQ_E_OUTOFMEMORY
  * when the record cannot be allocated. KQSetOption stores a value by the option's exact name
  * (KQ_E_INVALIDARG for an unknown name); an empty value deletes a choice option's value. */
@@ -130,8 +137,9 @@ kq_status KQFreeOption(KQOption* option);
 kq_status KQSetOption(const kq_char* name, const kq_char* value, const kq_char* reserved1,
                       const kq_char* reserved2);
 
-/* Content identification and auto-configuration. */
-/* File associations: the file types that the platform claims, by index (0 "adf", 1 "adz",
+/* ==== File associations: exports/exports_file_associations.cpp ==== */
+
+/* The file types that the platform claims, by index (0 "adf", 1 "adz",
  * 2 "cue", 3 "dms", 4 "hdf", 5 "hdz", 6 "ipf", 7 "iso", 8 "scp", 9 "uae"). KQGetFileAssociation
  * sets *association to NULL, then to a new record and returns KQ_S_OK; KQ_S_FALSE (and NULL)
  * from index KQ_FILE_ASSOCIATION_COUNT on; KQ_E_INVALIDARG for a null association pointer;
@@ -143,6 +151,8 @@ kq_status KQSetOption(const kq_char* name, const kq_char* value, const kq_char* 
 #define KQ_FILE_ASSOCIATION_COUNT 10
 kq_status KQGetFileAssociation(uint32_t index, KQFileAssociation** association);
 kq_status KQFreeFileAssociation(KQFileAssociation* association);
+
+/* ==== Content info and tooltips: exports/exports_content_info.cpp ==== */
 
 /* Drive types of the content texts. */
 #define KQ_DRIVE_FLOPPY 0
@@ -174,6 +184,8 @@ kq_status KQGetContentInfo(uint8_t drive_type, uint32_t drive_index, const kq_ch
                            const kq_char* records, kq_char* buffer, uint32_t buffer_chars,
                            uint32_t flags);
 
+/* ==== Auto-configuration: exports/exports_auto_configuration.cpp ==== */
+
 /* Flag of KQAutoConfigureApplication: input is the path of an emulator configuration file. */
 #define KQ_AUTOCONFIGURE_IMPORT 0x1
 
@@ -193,7 +205,7 @@ kq_status KQGetContentInfo(uint8_t drive_type, uint32_t drive_index, const kq_ch
 kq_status KQAutoConfigureApplication(const kq_char* input, void* reserved, uint32_t flags,
                                      char** xml);
 
-/* Models, ROMs, configuration and input ports. */
+/* ==== Models, ROMs, configuration and input ports: exports/exports_configuration.cpp ==== */
 
 /* Lines about the manifest's hardware ("Model: ...", "ROM: ...", "CPU: ...", "PCI bridge: ..."),
  * each ending in CR LF; empty when the manifest names no model. manifest_utf8 is the manifest
@@ -225,7 +237,7 @@ kq_status KQGetInputPortsInfo(const kq_char* model_id, const kq_char* multitap_t
 kq_status KQGetDefaultInputPortContent(const kq_char* model_id, uint32_t port,
                                        uint32_t* content);
 
-/* Media. */
+/* ==== Media: exports/exports_media.cpp ==== */
 
 /* Runtime media: a private working copy of the user's ".adf"/".hdf" image (inflated from
  * ".adz"/".hdz"; the copy of Game.adz is named <key>-Game.adf) in <temp>\Quennet\, with a
@@ -322,7 +334,9 @@ kq_status KQGetDeviceCommand(uint32_t index, uint32_t category, uint32_t reserve
 /* Always KQ_S_OK; NULL does nothing. */
 kq_status KQFreeDeviceCommand(KQDeviceCommand* command);
 
-/* Keyboard and input. The first five return the status in a 64-bit value.
+/* ==== Keyboard and input: exports/exports_keyboard.cpp ==== */
+
+/* The first five return the status in a 64-bit value.
  *
  * KQGetKeyboardInputData2 makes the record of one host keyboard for a guest system and layout
  * (layout_id NULL: the layout that the keymap image represents; unknown layouts: "en-us").
@@ -384,6 +398,8 @@ kq_status KQBackupKeyboardSettings(uint32_t action);
  * HRESULT_FROM_WIN32(ERROR_NOT_FOUND), buffer untouched, for a pair that has no name. */
 kq_status KQGetInputButtonName(uint32_t mask, uint32_t unused, uint32_t kind, kq_char* buffer,
                                uint32_t buffer_chars);
+
+/* ==== Windows of the host's shell: exports/exports_shell_windows.cpp ==== */
 
 /* Windows of the host's shell that this module does not provide: always KQ_E_NOTIMPL.
  * Any arguments the host passes are ignored. */

@@ -20,7 +20,7 @@ constexpr ButtonLabel kButtonLabels[] = {
 
 } // namespace
 
-std::optional<std::uint16_t> button_name_id(std::uint32_t mask, std::uint32_t kind) {
+std::optional<std::uint16_t> button_name_id(std::uint32_t mask, std::uint32_t kind) noexcept {
     for (const ButtonLabel& label : kButtonLabels) {
         if (label.mask != mask) continue;
         const std::uint16_t id = kind == kTwoButtonJoystick     ? label.two_button

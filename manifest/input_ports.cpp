@@ -20,7 +20,7 @@ std::uint32_t multitap_port_index(std::u16string_view kind) {
     return port_content_of_kind(kind) == PortContent::joystick ? 1 : 0;
 }
 
-PortContent default_port_content(std::u16string_view model_id, std::uint32_t port) {
+PortContent default_port_content(std::u16string_view model_id, std::uint32_t port) noexcept {
     if (port != 0) return PortContent::empty;
     if (equal_ignoring_case(model_id, u"a-cd32")) return PortContent::joypad;
     if (equal_ignoring_case(model_id, u"a-cdtv")) return PortContent::joystick;
@@ -31,7 +31,7 @@ bool is_port_default_empty(std::u16string_view model_id, std::uint32_t port) {
     return default_port_content(model_id, port) == PortContent::empty;
 }
 
-InputPortsInfo input_ports_info(std::u16string_view multitap_type) {
+InputPortsInfo input_ports_info(std::u16string_view multitap_type) noexcept {
     InputPortsInfo info;
     if (equal_ignoring_case(multitap_type, u"parallel")) info.multitap_ports = 3;
     return info;

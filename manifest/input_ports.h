@@ -29,7 +29,7 @@ std::uint32_t multitap_port_index(std::u16string_view kind);
 
 // The first port holds a joypad on the CD32, a joystick on the CDTV and a mouse elsewhere;
 // every other port is empty.
-PortContent default_port_content(std::u16string_view model_id, std::uint32_t port);
+PortContent default_port_content(std::u16string_view model_id, std::uint32_t port) noexcept;
 bool is_port_default_empty(std::u16string_view model_id, std::uint32_t port);
 
 struct InputPortsInfo {
@@ -39,6 +39,6 @@ struct InputPortsInfo {
     std::uint32_t fourth = 1;
 };
 // Both extra ports for a "parallel" multitap, none otherwise.
-InputPortsInfo input_ports_info(std::u16string_view multitap_type);
+InputPortsInfo input_ports_info(std::u16string_view multitap_type) noexcept;
 
 } // namespace kq::manifest

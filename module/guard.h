@@ -1,6 +1,15 @@
 #pragma once
-// The one place where exceptions become statuses: every export runs its body through guard()
-// so that no exception crosses the module's boundary.
+// The one place where exceptions become statuses: every export that can allocate runs its body
+// through guard() so that no exception crosses the module's boundary.
+//
+// The exports that run outside guard() cannot throw, and say so: KQGetPlatformName answers a
+// constant; the KQFree* exports only release a block (platform::heap_free and
+// free_keyboard_input_data are noexcept); the shell-window exports answer E_NOTIMPL;
+// KQGetInputPortsInfo, KQGetDefaultInputPortContent, KQPreprocessKeyboardInput and
+// KQProcessKeyboardInput call noexcept functions only: the two keyboard exports run for every
+// key the host sees and allocate nothing, and the port exports read fixed tables; likewise the
+// button lookup in front of KQGetInputButtonName's guard(). The argument checks in front of each
+// guard() compare pointers and numbers only.
 
 #include "module/status.h"
 

@@ -140,22 +140,6 @@ TEST_F(ContentInfo, RunningImagesAreReadWithTheirGeometry) {
     }
 }
 
-TEST_F(ContentInfo, TextsThatDoNotFitLeaveTheBufferEmpty) {
-    const std::u16string list = joined({u"One\t", a_, u"\nTwo\t", b_});
-    const std::u16string text = info(list, u"", 0);
-    for (const std::size_t chars : {text.size() + 1, text.size(), std::size_t{1}}) {
-        std::vector<char16_t> buffer(chars + 1, u'#');
-        const HResult result = write_content_info(list, u"", 0, media_.readers(), std::span(buffer).first(chars));
-        const bool fits = chars > text.size();
-        EXPECT_EQ(result, fits ? status::ok : status::from_win32(platform::system_error::buffer_overflow)) << chars;
-        EXPECT_EQ(std::u16string(buffer.data()), fits ? text : u"") << chars;
-        EXPECT_EQ(buffer[chars], u'#') << chars;
-    }
-    char16_t one = u'#';
-    EXPECT_EQ(write_content_info(u"", u"", 0, media_.readers(), std::span(&one, 1)), status::ok);
-    EXPECT_EQ(one, u'\0');
-}
-
 #ifndef _WIN32
 // Drive roots of hosts' drives, as the native platform layer is told they are.
 TEST_F(ContentInfo, HostDrives) {

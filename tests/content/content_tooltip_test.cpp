@@ -71,14 +71,6 @@ TEST_F(ContentTooltip, LongHardDiskSummariesAreLeftOut) {
     }
 }
 
-TEST_F(ContentTooltip, CutToTheBuffer) {
-    std::u16string buffer(8, u'#');
-    EXPECT_EQ(write_content_tooltip(0, 0, u"", u"", media_.readers(), std::span(buffer).first(6)), status::ok);
-    EXPECT_EQ(shown(buffer), shown(std::u16string(u"Flopp\0##", 8)));
-    EXPECT_EQ(write_content_tooltip(9, 0, u"", u"", media_.readers(), std::span(buffer).first(1)), status::ok);
-    EXPECT_EQ(buffer[0], u'\0');
-}
-
 #ifndef _WIN32
 TEST_F(ContentTooltip, CdDriveRootsShowTheirLabel) {
     platform::native::set_drive_roots({{.root = u"E:\\", .label = u"GAME_DISC"}, {.root = u"F:\\"}});

@@ -5,10 +5,9 @@
 #include "common/path_text.h"
 #include "content/auto_configuration.h"
 #include "content/configuration_import/configuration_import.h"
-#include "exports/export_text.h"
+#include "exports/host_text.h"
 #include "kq_amiga.h"
 #include "module/guard.h"
-#include "module/host_text.h"
 
 #include <optional>
 #include <string>
@@ -39,7 +38,6 @@ extern "C" kq_status KQAutoConfigureApplication(const kq_char* input, void*, uin
                                        : kq::content::auto_configure(kq::text_view(input),
                                                                      kq::content::media_layer_analyser(), text);
         if (result != kq::status::ok || !text) return result;
-        *xml = kq::copy_text_to_heap(kq::platform::Heap::global, *text);
-        return *xml != nullptr ? kq::status::ok : kq::status::out_of_memory;
+        return kq::hand_to_host(*text, xml);
     });
 }
