@@ -3,7 +3,7 @@
 #include "common/civil_time.h"
 #include "common/compare.h"
 #include "common/integer_text.h"
-#include "common/path_text.h"
+#include "common/windows_path.h"
 #include "manifest/manifest_document.h"
 #include "media/cue_sheet.h"
 
@@ -94,7 +94,7 @@ void fold_disc_image(CatalogMedia& media) {
     std::vector<media::CueDataFile> files;
     if (media::read_cue_sheet_file(*media.last_cue, files) != media::CueError::none) return;
     const std::u16string_view sheet = *media.last_cue;
-    const std::u16string_view folder = sheet.substr(0, sheet.rfind(u'\\') + 1);
+    const std::u16string_view folder = folder_of(sheet);
     const bool is_named = std::ranges::any_of(files, [&](const media::CueDataFile& file) {
         std::u16string named(folder);
         named += file.relative_path;

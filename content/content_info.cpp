@@ -1,7 +1,7 @@
 #include "content/content_info.h"
 
 #include "common/integer_text.h"
-#include "common/path_text.h"
+#include "common/windows_path.h"
 #include "content/content_lines.h"
 #include "content/content_texts.h"
 #include "content/device_name_allocator.h"
@@ -148,11 +148,8 @@ std::uint32_t count_value(std::u16string_view line, std::u16string_view key) {
     return static_cast<std::uint32_t>(std::max(number_value(line, key, 0), 0));
 }
 
-// The last element of a folder's path, its trailing backslash ignored.
-std::u16string_view folder_name(std::u16string_view path) {
-    if (path.size() > 1 && path.back() == u'\\') path.remove_suffix(1);
-    return file_name_of(path);
-}
+// The last element of a folder's path, its trailing separators ignored.
+std::u16string_view folder_name(std::u16string_view path) { return file_name_of(without_trailing_separators(path)); }
 
 // The mount record of a running guest's file or folder disk; nullopt when it does not exist.
 std::optional<std::u16string> runtime_disk_record(std::u16string_view line, std::u16string_view path,

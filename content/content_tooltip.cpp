@@ -1,6 +1,6 @@
 #include "content/content_tooltip.h"
 
-#include "common/path_text.h"
+#include "common/windows_path.h"
 #include "content/content_lines.h"
 #include "content/content_texts.h"
 #include "content/drive_paths.h"
@@ -52,7 +52,7 @@ std::u16string medium_content(DriveType type, std::u16string_view path, std::u16
                               const MediumNameReaders& readers) {
     if (path.empty()) return content_text(text_id::empty_drive);
     if (type == DriveType::cd && is_drive_root(path))
-        return medium_description(platform::volume_label(with_trailing_backslash(path)), label);
+        return medium_description(platform::volume_label(with_trailing_separator(path)), label);
     const std::optional<std::u16string> name = readers.volume_name(path);
     // A lone ":" (the root of a volume without a name) counts as no name.
     if (!name || *name == u":") return std::u16string(label);

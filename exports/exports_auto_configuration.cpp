@@ -2,7 +2,7 @@
 // configuration file, into an application description handed to the host as UTF-8 XML text.
 
 #include "common/compare.h"
-#include "common/path_text.h"
+#include "common/windows_path.h"
 #include "content/auto_configuration.h"
 #include "content/configuration_import/configuration_import.h"
 #include "exports/host_text.h"

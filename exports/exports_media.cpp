@@ -1,6 +1,7 @@
 // Exports of media: runtime working copies, empty media, copies of medium files, volume
 // names, boot tags and device commands.
 
+#include "common/windows_path.h"
 #include "exports/host_text.h"
 #include "input/device_commands.h"
 #include "kq_amiga.h"
@@ -73,8 +74,8 @@ extern "C" kq_status KQCopyMediumFile(const kq_char* source, const kq_char* targ
                                       kq_char* buffer, uint32_t buffer_chars) {
     if (source == nullptr || target_folder == nullptr || buffer == nullptr || buffer_chars == 0) return KQ_E_INVALIDARG;
     // Refused before any file-system look-up: the core looks for the short names of non-ASCII
-    // elements first, which would turn a source without "\" into a file-system error.
-    if (kq::text_view(source).find(u'\\') == std::u16string_view::npos) return KQ_E_INVALIDARG;
+    // elements first, which would turn a source without a separator into a file-system error.
+    if (!kq::has_path_separator(kq::text_view(source))) return KQ_E_INVALIDARG;
     return kq::guard([&] {
         std::u16string target;
         const kq::HResult result =

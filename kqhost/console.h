@@ -7,6 +7,11 @@
 namespace kqhost {
 
 std::string to_utf8(std::wstring_view text);
+// The same UTF-16 text as the module's core takes it (wchar_t and char16_t are both 16 bits here).
+inline std::u16string_view module_text(std::wstring_view text) {
+    return {reinterpret_cast<const char16_t*>(text.data()), text.size()};
+}
+inline std::wstring host_text(std::u16string_view text) { return {text.begin(), text.end()}; }
 void print(std::string_view utf8);
 void print(std::wstring_view text);
 void print_error(std::string_view utf8);

@@ -1,6 +1,7 @@
 // kqhost: the reference host. It loads amiga.dll by path, as a host player does, and drives
 // its exports from the command line.
 
+#include "common/windows_path.h"
 #include "kqhost/command.h"
 #include "kqhost/console.h"
 
@@ -62,19 +63,15 @@ void print_usage() {
     print_command_help("help", "Print this text.");
 }
 
-std::wstring own_folder() {
+std::wstring default_dll_path() {
     wchar_t path[MAX_PATH];
     const DWORD length = GetModuleFileNameW(nullptr, path, MAX_PATH);
-    std::wstring folder(path, length);
-    return folder.substr(0, folder.rfind(L'\\'));
-}
-
-std::wstring default_dll_path() {
-    const std::wstring folder = own_folder();
-    const std::wstring installed = folder.substr(0, folder.rfind(L'\\')) +
-                                   L"\\Platforms\\Amiga\\amiga.dll";
+    const std::u16string_view program = module_text(std::wstring_view(path, length));
+    const std::u16string_view folder = kq::parent_of(program).value_or(std::u16string_view());
+    const std::wstring installed = host_text(kq::joined_path(kq::parent_of(folder).value_or(std::u16string_view()),
+                                                             u"Platforms\\Amiga\\amiga.dll"));
     if (GetFileAttributesW(installed.c_str()) != INVALID_FILE_ATTRIBUTES) return installed;
-    return folder + L"\\amiga.dll";
+    return host_text(kq::joined_path(folder, u"amiga.dll"));
 }
 
 int run(std::vector<std::wstring> arguments) {

@@ -1,7 +1,7 @@
 #include "manifest/boot_tag.h"
 
 #include "common/compare.h"
-#include "common/path_text.h"
+#include "common/windows_path.h"
 #include "common/wildcard.h"
 #include "manifest/manifest_document.h"
 #include "platform/files.h"
@@ -73,7 +73,7 @@ std::optional<std::u16string> newest_aros_boot_disk(std::u16string_view folder) 
 
 HResult resolve_boot_tag(std::u16string_view tag, std::u16string_view type, std::u16string_view data_root,
                          std::u16string& path) {
-    const std::u16string root = with_trailing_backslash(data_root);
+    const std::u16string root = with_trailing_separator(data_root);
     if (equal_ignoring_case(type, u"adf")) {
         const std::u16string folder = root + std::u16string(kAdfFolder);
         if (starts_with_ignoring_case(tag, kArosLatest)) {

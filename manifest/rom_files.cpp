@@ -1,7 +1,7 @@
 #include "manifest/rom_files.h"
 
 #include "common/compare.h"
-#include "common/path_text.h"
+#include "common/windows_path.h"
 #include "common/wildcard.h"
 #include "manifest/system_models.h"
 #include "platform/files.h"
@@ -70,7 +70,7 @@ std::u16string rom_file_name(std::u16string_view rom_id) {
 }
 
 std::u16string rom_folder(std::u16string_view data_folder) {
-    return with_trailing_backslash(data_folder) + std::u16string(kSharedRomFolder);
+    return with_trailing_separator(data_folder) + std::u16string(kSharedRomFolder);
 }
 
 std::optional<std::u16string> extension_rom_file_name(std::u16string_view rom_id,
@@ -93,7 +93,7 @@ std::u16string resolve_rom_file(std::u16string_view rom_id, std::u16string_view 
     if (equal_ignoring_case(rom_id, u"130") && std::ranges::find(kModelsWithOriginal130, model) ==
                                                    std::end(kModelsWithOriginal130))
         return u"130-a3000";
-    const std::u16string folder = with_trailing_backslash(rom_folder_path);
+    const std::u16string folder = with_trailing_separator(rom_folder_path);
     const auto exists = [&](std::u16string_view id) { return file_exists(folder + rom_file_name(id)); };
     if (exists(rom_id)) return std::u16string(rom_id);
 

@@ -1,6 +1,6 @@
 #include "manifest/shared_folders.h"
 
-#include "common/path_text.h"
+#include "common/windows_path.h"
 #include "manifest/rom_files.h"
 #include "platform/files.h"
 #include "platform/string_table.h"
@@ -27,7 +27,7 @@ constexpr std::size_t kDescriptionChars = 79;  // read into 80-character buffers
 
 std::u16string restore_system_files_paths(std::u16string_view data_folder) {
     std::u16string text;
-    const std::u16string root = with_trailing_backslash(data_folder);
+    const std::u16string root = with_trailing_separator(data_folder);
     for (const SharedFolder& folder : kRestorableFolders) {
         if (!platform::file_attributes(root + std::u16string(folder.relative_path))) continue;
         if (!text.empty()) text += u'\t';

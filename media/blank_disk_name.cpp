@@ -1,9 +1,10 @@
 #include "media/blank_disk_name.h"
 
 #include "common/integer_text.h"
-#include "common/path_text.h"
+#include "common/windows_path.h"
 #include "media/empty_medium.h"
 #include "module/string_ids.h"
+#include "platform/file_operations.h"
 #include "platform/files.h"
 #include "platform/message_box.h"
 #include "platform/string_table.h"
@@ -24,22 +25,7 @@ bool is_hard_disk(BlankDiskKind kind) { return kind == BlankDiskKind::hard_disk 
 } // namespace
 
 std::optional<std::u16string> free_blank_disk_name(std::u16string_view folder, std::u16string_view name) {
-    const std::size_t dot = name.rfind(u'.');
-    const std::u16string_view stem = name.substr(0, dot);
-    const std::u16string_view extension = dot == std::u16string_view::npos ? std::u16string_view() : name.substr(dot);
-    for (int n = 1; n <= kMaxNameNumber; ++n) {
-        std::u16string candidate(stem);
-        if (n >= 2) {
-            char number[16];
-            std::snprintf(number, sizeof number, "(%d)", n);
-            candidate += ascii_text(number);
-        }
-        candidate += extension;
-        std::u16string path(folder);
-        path += candidate;
-        if (!platform::file_attributes(path)) return candidate;
-    }
-    return std::nullopt;
+    return platform::first_free_file_name(folder, name, kMaxNameNumber);
 }
 
 std::u16string blank_hard_disk_name(std::u16string_view size_field) {
@@ -55,8 +41,8 @@ HResult propose_blank_disk(BlankDiskKind kind, std::u16string_view data_root, st
     proposal = BlankDiskProposal();
     const bool hard_disk = is_hard_disk(kind);
     proposal.folder = picked_folder.empty()
-                          ? with_trailing_backslash(data_root) + std::u16string(hard_disk ? kHardDiskFolder : kFloppyFolder)
-                          : with_trailing_backslash(picked_folder);
+                          ? with_trailing_separator(data_root) + std::u16string(hard_disk ? kHardDiskFolder : kFloppyFolder)
+                          : with_trailing_separator(picked_folder);
     std::u16string name;
     if (hard_disk) {
         name = blank_hard_disk_name(size_field);

@@ -1,6 +1,6 @@
 #include "media/caps_library.h"
 
-#include "common/path_text.h"
+#include "common/windows_path.h"
 #include "module/error_report.h"
 #include "platform/files.h"
 #include "platform/settings_store.h"
@@ -20,7 +20,7 @@ std::optional<std::u16string> caps_library_path(bool common_files_setting) {
         folder = platform::read_machine_setting_string(
             kWindowsVersionKey, common_files_setting ? u"CommonFilesDir" : u"ProgramFilesDir");
     if (!folder) return std::nullopt;
-    std::u16string path = with_trailing_backslash(*folder);
+    std::u16string path = with_trailing_separator(*folder);
     path += kLibraryBelowFolder;
     if (path.size() >= platform::kMaxPathChars) return std::nullopt;
     return path;

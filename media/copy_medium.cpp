@@ -1,7 +1,7 @@
 #include "media/copy_medium.h"
 
 #include "common/compare.h"
-#include "common/path_text.h"
+#include "common/windows_path.h"
 #include "media/cue_sheet.h"
 #include "media/dms/dms_unpacker.h"
 #include "media/compression/inflate.h"
@@ -10,7 +10,6 @@
 #include "platform/text_conversion.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <vector>
 
 namespace kq::media {
@@ -25,48 +24,16 @@ bool has_non_ascii(std::u16string_view text) {
     return std::any_of(text.begin(), text.end(), [](char16_t c) { return c > 0x7F; });
 }
 
-// Splits a file name at its last ".": the stem and the extension without its dot (none: empty
-// and no dot).
-struct NameParts {
-    std::u16string_view stem, extension;
-    bool has_dot;
-};
-NameParts split_name(std::u16string_view name) {
-    const std::size_t dot = name.rfind(u'.');
-    if (dot == std::u16string_view::npos) return {name, {}, false};
-    return {name.substr(0, dot), name.substr(dot + 1), true};
-}
-
 // With kCopyMediumConvert, the kind of unpacking by the name's extension, and the name after it.
 Conversion conversion_of(std::u16string& name) {
-    const NameParts parts = split_name(name);
-    if (!parts.has_dot) return Conversion::none;
-    const bool hdz = equal_ignoring_case(parts.extension, u"hdz");
-    const bool adz = equal_ignoring_case(parts.extension, u"adz");
-    const bool dms = equal_ignoring_case(parts.extension, u"dms");
+    const FileNameParts parts = file_name_parts(name);
+    if (!parts.extension) return Conversion::none;
+    const bool hdz = equal_ignoring_case(*parts.extension, u"hdz");
+    const bool adz = equal_ignoring_case(*parts.extension, u"adz");
+    const bool dms = equal_ignoring_case(*parts.extension, u"dms");
     if (!hdz && !adz && !dms) return Conversion::none;
     name = std::u16string(parts.stem) + (hdz ? u".hdf" : u".adf");
     return dms ? Conversion::unpack_dms : Conversion::inflate;
-}
-
-// The first free "stem.ext", "stem(2).ext" ... "stem(999).ext" in the folder.
-std::optional<std::u16string> unique_target(const std::u16string& folder, std::u16string_view name) {
-    const NameParts parts = split_name(name);
-    for (int n = 1; n <= kMaxNameNumber; ++n) {
-        std::u16string candidate = folder;
-        candidate += parts.stem;
-        if (n >= 2) {
-            char number[16];
-            std::snprintf(number, sizeof number, "(%d)", n);
-            for (const char* c = number; *c != 0; ++c) candidate += static_cast<char16_t>(*c);
-        }
-        if (parts.has_dot) {
-            candidate += u'.';
-            candidate += parts.extension;
-        }
-        if (!platform::file_attributes(candidate)) return candidate;
-    }
-    return std::nullopt;
 }
 
 void make_writable(std::u16string_view path) {
@@ -99,7 +66,7 @@ HResult copy_cue_data_files(std::u16string_view sheet, const std::u16string& tar
     case CueError::too_large: return kInvalidData;
     case CueError::unreadable: return status::system_failure();
     }
-    const std::u16string_view sheet_folder = sheet.substr(0, sheet.rfind(u'\\') + 1);
+    const std::u16string_view sheet_folder = folder_of(sheet);
     std::vector<std::u16string> created;
     for (const CueDataFile& file : files) {
         std::u16string from(sheet_folder);
@@ -124,8 +91,7 @@ HResult ascii_safe_path(std::u16string_view path, std::u16string& safe) {
         return status::ok;
     }
     for (std::size_t start = 0; start <= path.size();) {
-        std::size_t end = path.find(u'\\', start);
-        if (end == std::u16string_view::npos) end = path.size();
+        const std::size_t end = std::min(find_path_separator(path, start), path.size());
         const std::u16string_view element = path.substr(start, end - start);
         std::u16string replacement(element);
         if (has_non_ascii(element)) {
@@ -134,7 +100,7 @@ HResult ascii_safe_path(std::u16string_view path, std::u16string& safe) {
             if (!short_name->empty()) replacement = *short_name;
         }
         safe += replacement;
-        if (end < path.size()) safe += u'\\';
+        if (end < path.size()) safe += path[end];  // the separator as written
         start = end + 1;
     }
     return status::ok;
@@ -152,19 +118,18 @@ HResult copy_medium_file(std::u16string_view source_path, std::u16string_view ta
     std::u16string source, folder;
     if (const HResult safe = ascii_safe_path(source_path, source); safe != status::ok) return safe;
     if (const HResult safe = ascii_safe_path(target_folder, folder); safe != status::ok) return safe;
-    folder = with_trailing_backslash(folder);
+    folder = with_trailing_separator(folder);
 
-    const std::size_t separator = source.rfind(u'\\');
-    if (separator == std::u16string::npos) return status::invalid_argument;
-    const std::u16string_view source_name = std::u16string_view(source).substr(separator + 1);
+    if (!has_path_separator(source)) return status::invalid_argument;
+    const std::u16string_view source_name = file_name_of(source);
     std::u16string name = ascii_file_name(source_name);
     const Conversion conversion = (flags & kCopyMediumConvert) ? conversion_of(name) : Conversion::none;
 
     std::u16string path = folder + name;
     if (flags & kCopyMediumUniqueName) {
-        std::optional<std::u16string> free = unique_target(folder, name);
+        const std::optional<std::u16string> free = platform::first_free_file_name(folder, name, kMaxNameNumber);
         if (!free) return status::failed;
-        path = std::move(*free);
+        path = folder + *free;
     }
     if ((flags & kCopyMediumSkipSameName) && file_name_of(path) == source_name) return status::nothing_more;
     if (platform::file_attributes(path)) {

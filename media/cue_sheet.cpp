@@ -2,6 +2,7 @@
 
 #include "common/compare.h"
 #include "common/utf.h"
+#include "common/windows_path.h"
 #include "platform/files.h"
 
 #include <algorithm>
@@ -39,10 +40,10 @@ std::u16string_view file_name_field(std::u16string_view rest) {
 
 // Whether a relative path stays below its folder: not rooted, no drive, no ".." element.
 bool stays_inside(std::u16string_view path) {
-    if (path.empty() || path.front() == u'\\') return false;
+    if (path.empty() || is_path_separator(path.front())) return false;
     if (path.find(u':') != std::u16string_view::npos) return false;  // a drive or a stream name
     for (std::size_t start = 0; start <= path.size();) {
-        const std::size_t end = std::min(path.find(u'\\', start), path.size());
+        const std::size_t end = std::min(find_path_separator(path, start), path.size());
         if (path.substr(start, end - start) == u"..") return false;
         start = end + 1;
     }
@@ -74,7 +75,7 @@ std::optional<std::u16string_view> command_argument(std::u16string_view line, st
 std::u16string file_path(std::u16string_view argument) {
     std::u16string path(file_name_field(argument));
     for (char16_t& c : path)
-        if (c == u'/') c = u'\\';
+        if (is_path_separator(c)) c = u'\\';
     return path;
 }
 
@@ -147,8 +148,7 @@ CueError read_cue_sheet(std::string_view sheet, std::vector<CueDataFile>& files)
             unsafe = true;
             return;
         }
-        const std::size_t last = path.rfind(u'\\');
-        std::u16string name = path.substr(last == std::u16string::npos ? 0 : last + 1);
+        std::u16string name(file_name_of(path));
         if (name.empty()) return;  // a folder, not a file
         files.push_back({std::move(path), std::move(name)});
     });

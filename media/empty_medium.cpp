@@ -1,6 +1,6 @@
 #include "media/empty_medium.h"
 
-#include "common/path_text.h"
+#include "common/windows_path.h"
 #include "media/amiga_blocks.h"
 #include "platform/file_operations.h"
 #include "platform/files.h"
@@ -54,8 +54,7 @@ void stamp_dates(std::u16string_view image, std::uint32_t root_offset) {
 } // namespace
 
 std::u16string empty_medium_template_path(const EmptyMediumTemplate& medium) {
-    const std::u16string module = platform::module_file_path();
-    std::u16string path = module.substr(0, module.rfind(u'\\') + 1);
+    std::u16string path(folder_of(platform::module_file_path()));
     path += kTemplateFolder;
     path += medium.file_name;
     return path;
@@ -75,8 +74,7 @@ HResult make_empty_medium(std::uint32_t must_be_zero, std::uint32_t kind, std::u
         platform::remove_folder(folder);
         return status::from_win32(platform::system_error::buffer_overflow);
     }
-    std::u16string image = with_trailing_backslash(folder);
-    image += medium.file_name;
+    std::u16string image = joined_path(folder, medium.file_name);
     if (const platform::SystemError error = platform::copy_file(template_path, image); error != 0) {
         platform::delete_file_robustly(image);
         platform::remove_folder(folder);
@@ -93,8 +91,7 @@ HResult make_empty_medium(std::uint32_t must_be_zero, std::uint32_t kind, std::u
 
 void free_empty_medium(std::u16string_view path) {
     platform::delete_file_robustly(path);
-    const std::size_t separator = path.rfind(u'\\');
-    if (separator != std::u16string_view::npos) platform::remove_folder(path.substr(0, separator));
+    if (const std::optional<std::u16string_view> folder = parent_of(path)) platform::remove_folder(*folder);
 }
 
 } // namespace kq::media

@@ -4,7 +4,7 @@
 
 #include "common/byte_order.h"
 #include "common/compare.h"
-#include "common/path_text.h"
+#include "common/windows_path.h"
 #include "media/compression/deflate.h"
 #include "media/compression/inflate.h"
 #include "platform/file_operations.h"
@@ -93,12 +93,11 @@ HResult write_record(std::u16string_view record_path, platform::FileTime time, s
 // Where the record of a working copy is: the copy's name cut after the key, plus ".info".
 // nullopt unless the name is a key and a hyphen followed by more.
 std::optional<std::u16string> record_path_of(std::u16string_view working_copy) {
-    const std::size_t last = working_copy.rfind(u'\\');
-    if (last == std::u16string_view::npos) return std::nullopt;
-    const std::u16string_view from_separator = working_copy.substr(last);
-    if (from_separator.size() < kRuntimeKeyChars + 2 || from_separator[kRuntimeKeyChars + 1] != u'-')
-        return std::nullopt;
-    std::u16string record(working_copy.substr(0, last + 1 + kRuntimeKeyChars));
+    if (!has_path_separator(working_copy)) return std::nullopt;
+    const std::u16string_view name = file_name_of(working_copy);
+    if (name.size() < kRuntimeKeyChars + 1 || name[kRuntimeKeyChars] != u'-') return std::nullopt;
+    std::u16string record(folder_of(working_copy));
+    record += name.substr(0, kRuntimeKeyChars);
     record += kRecordSuffix;
     return record;
 }
@@ -205,7 +204,7 @@ std::optional<std::u16string> free_side_name(std::u16string_view image_path) {
 std::optional<std::u16string> runtime_folder() {
     const std::optional<std::u16string> temp = platform::temp_folder();
     if (!temp) return std::nullopt;
-    return with_trailing_backslash(*temp) + std::u16string(kRuntimeSubfolder);
+    return with_trailing_separator(*temp) + std::u16string(kRuntimeSubfolder);
 }
 
 HResult make_runtime_medium(const RuntimeMediumRequest& request, std::u16string& working_copy) {
@@ -227,15 +226,14 @@ HResult make_runtime_medium(const RuntimeMediumRequest& request, std::u16string&
         key = guid_text(*guid);
     }
 
-    const std::size_t separator = request.image_path.rfind(u'\\');
-    if (separator == std::u16string_view::npos) return status::invalid_argument;
-    const std::u16string_view file_name = request.image_path.substr(separator + 1);
+    if (!has_path_separator(request.image_path)) return status::invalid_argument;
+    const std::u16string_view file_name = file_name_of(request.image_path);
     if (file_name.size() + folder->size() + 1 + key.size() > kMaxCopyPathChars) return kPathTooLong;
     working_copy = *folder + key + u"-" + std::u16string(file_name);
 
     std::u16string source(request.image_path);
     if (request.alternate_folder) {
-        std::u16string alternate = with_trailing_backslash(*request.alternate_folder) + std::u16string(file_name);
+        std::u16string alternate = joined_path(*request.alternate_folder, file_name);
         if (platform::file_exists(alternate)) source = std::move(alternate);
     }
 

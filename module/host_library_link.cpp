@@ -1,4 +1,6 @@
 #include "module/host_library_link.h"
+
+#include "common/windows_path.h"
 #include "platform/system_error.h"
 
 #include "platform/named_mutex.h"
@@ -16,10 +18,7 @@ using CloseLibrary = HResult (*)(std::uint64_t instance);
 
 HostLibraryLink::HostLibraryLink(std::u16string_view host_folder) {
     if (host_folder.empty()) return;
-    std::u16string path(host_folder);
-    path += u'\\';
-    path += kDataAccessLibraryName;
-    library_ = platform::Library::load(path);
+    library_ = platform::Library::load(joined_path(host_folder, kDataAccessLibraryName));
 }
 
 HostLibraryLink::~HostLibraryLink() {

@@ -1,5 +1,6 @@
 #include "platform/file_operations.h"
 
+#include "common/windows_path.h"
 #include "platform/files.h"
 
 #include <string>
@@ -8,13 +9,11 @@
 namespace kq::platform {
 
 SystemError create_folder_tree(std::u16string_view path) {
-    while (!path.empty() && path.back() == u'\\') path.remove_suffix(1);
     // Walk up to the deepest level that exists, then create the ones below it in order.
     std::vector<std::u16string_view> missing;
-    for (std::u16string_view level = path; !level.empty() && !file_attributes(level);) {
+    for (std::u16string_view level = without_trailing_separators(path); !level.empty() && !file_attributes(level);) {
         missing.push_back(level);
-        const std::size_t parent = level.rfind(u'\\');
-        level = parent == std::u16string_view::npos ? std::u16string_view() : level.substr(0, parent);
+        level = parent_of(level).value_or(std::u16string_view());
     }
     for (auto level = missing.rbegin(); level != missing.rend(); ++level) {
         const SystemError error = create_folder(*level);
@@ -32,6 +31,24 @@ bool delete_file_robustly(std::u16string_view path) {
 bool file_exists(std::u16string_view path) {
     const std::optional<std::uint32_t> attributes = file_attributes(path);
     return attributes && (*attributes & kAttributeDirectory) == 0;
+}
+
+std::optional<std::u16string> first_free_file_name(std::u16string_view folder, std::u16string_view name, int most) {
+    const FileNameParts parts = file_name_parts(name);
+    for (int n = 1; n <= most; ++n) {
+        std::u16string candidate(parts.stem);
+        if (n >= 2) {
+            for (const char c : "(" + std::to_string(n) + ")") candidate += static_cast<char16_t>(c);
+        }
+        if (parts.extension) {
+            candidate += u'.';
+            candidate += *parts.extension;
+        }
+        std::u16string path(folder);
+        path += candidate;
+        if (!file_attributes(path)) return candidate;
+    }
+    return std::nullopt;
 }
 
 } // namespace kq::platform

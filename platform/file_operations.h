@@ -3,6 +3,8 @@
 
 #include "platform/system_error.h"
 
+#include <optional>
+#include <string>
 #include <string_view>
 
 namespace kq::platform {
@@ -17,5 +19,9 @@ bool delete_file_robustly(std::u16string_view path);
 
 // Whether a file (not a folder) exists at `path`.
 bool file_exists(std::u16string_view path);
+
+// The first of `name`, "stem(2).ext", "stem(3).ext" ... "stem(<most>).ext" that names nothing
+// in `folder` (which ends with a separator); nullopt when all are taken.
+std::optional<std::u16string> first_free_file_name(std::u16string_view folder, std::u16string_view name, int most);
 
 } // namespace kq::platform

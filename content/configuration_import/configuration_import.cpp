@@ -1,5 +1,7 @@
 #include "content/configuration_import/configuration_import.h"
 
+#include "common/windows_path.h"
+
 #include "content/configuration_import/import_paths.h"
 
 namespace kq::content {
@@ -24,7 +26,7 @@ HResult import_emulator_configuration(std::u16string_view path, std::string& xml
     xml.clear();
     UaeConfiguration configuration;
     if (const HResult read = read_uae_configuration(path, configuration); !status::succeeded(read)) return read;
-    return build_catalog(configuration, folder_of(path), host_file_system(), xml);
+    return build_catalog(configuration, parent_of(path).value_or(std::u16string_view()), host_file_system(), xml);
 }
 
 } // namespace kq::content

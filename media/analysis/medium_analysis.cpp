@@ -1,6 +1,7 @@
 #include "media/analysis/medium_analysis.h"
 
 #include "common/compare.h"
+#include "common/windows_path.h"
 #include "media/analysis/cd_analysis.h"
 #include "media/analysis/floppy_analysis.h"
 #include "media/analysis/hard_disk_analysis.h"
@@ -97,7 +98,7 @@ AnalysisFailure analyse_cue(std::u16string_view path, MediumAnalysis& analysis) 
     analysis.kind = MediumKind::cd;
     const std::optional<CueDataTrack> track = first_data_track_of_file(path);
     if (!track) return AnalysisFailure::none;
-    std::u16string data(path.substr(0, path.rfind(u'\\') + 1));
+    std::u16string data(folder_of(path));
     data += track->relative_path;
     std::unique_ptr<ImageBytes> image = open_image_bytes(data, false);
     if (!image) return AnalysisFailure::none;

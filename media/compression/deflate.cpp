@@ -1,7 +1,7 @@
 #include "media/compression/deflate.h"
 
 #include "common/byte_order.h"
-#include "common/path_text.h"
+#include "common/windows_path.h"
 
 #include <zlib.h>
 

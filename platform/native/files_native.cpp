@@ -2,6 +2,7 @@
 #include "platform/native/native_controls.h"
 
 #include "common/utf.h"
+#include "common/windows_path.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -261,8 +262,7 @@ std::optional<std::u16string> temp_file_name(std::u16string_view folder, std::u1
         t_last_error = 87;  // ERROR_INVALID_PARAMETER
         return std::nullopt;
     }
-    std::u16string name(folder);
-    if (!name.empty() && name.back() != u'\\' && name.back() != u'/') name += u'\\';
+    std::u16string name = folder.empty() ? std::u16string() : with_trailing_separator(folder);
     name += prefix.substr(0, 3);
     char digits[8];
     std::snprintf(digits, sizeof digits, "%X", static_cast<unsigned>(number));

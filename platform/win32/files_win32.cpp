@@ -1,4 +1,5 @@
 #include "platform/files.h"
+#include "common/windows_path.h"
 
 #include <windows.h>
 // Shell and known-folder declarations come after windows.h.
@@ -100,9 +101,8 @@ SystemError set_file_attributes(std::u16string_view path, std::uint32_t attribut
 }
 
 std::optional<std::vector<std::u16string>> list_files(std::u16string_view folder) {
-    std::wstring pattern(folder.begin(), folder.end());
-    if (pattern.empty() || pattern.back() != L'\\') pattern += L'\\';
-    pattern += L'*';
+    const std::u16string every_file = joined_path(folder, u"*");
+    const std::wstring pattern(every_file.begin(), every_file.end());
     WIN32_FIND_DATAW entry;
     HANDLE search = FindFirstFileW(pattern.c_str(), &entry);
     if (search == INVALID_HANDLE_VALUE) {

@@ -1,6 +1,7 @@
 #include "common/compare.h"
 #include "common/integer_text.h"
 #include "common/trim.h"
+#include "common/windows_path.h"
 
 #include <gtest/gtest.h>
 
@@ -15,6 +16,33 @@ TEST(TextRules, CaseFoldsAsciiLettersOnly) {
     static_assert(!equal_ignoring_case(u"a", u"ab"));
     static_assert(starts_with_ignoring_case(u"INPUT-mouse", u"input-"));
     static_assert(!starts_with_ignoring_case(u"inp", u"input-"));
+}
+
+TEST(TextRules, PathsSplitAtEitherSeparator) {
+    using View = std::u16string_view;
+    const struct {
+        View path, folder, file_name;
+        std::optional<View> parent, extension;
+    } rows[] = {
+        {u"C:\\games\\disk.cue", u"C:\\games\\", u"disk.cue", u"C:\\games", u"cue"},
+        {u"C:/games/disk.cue", u"C:/games/", u"disk.cue", u"C:/games", u"cue"},
+        {u"C:\\my.games/disk", u"C:\\my.games/", u"disk", u"C:\\my.games", {}},  // a folder's dot is no extension
+        {u"disk.tar.adz", u"", u"disk.tar.adz", {}, u"adz"},
+        {u"\\disk", u"\\", u"disk", u"", {}},
+        {u"games/", u"games/", u"", u"games", {}},
+    };
+    for (const auto& row : rows) {
+        const std::string what(row.path.begin(), row.path.end());
+        EXPECT_EQ(folder_of(row.path), row.folder) << what;
+        EXPECT_EQ(file_name_of(row.path), row.file_name) << what;
+        EXPECT_EQ(parent_of(row.path), row.parent) << what;
+        EXPECT_EQ(extension_of(row.path), row.extension) << what;
+    }
+    static_assert(is_drive_root(u"E:") && is_drive_root(u"e:/") && !is_drive_root(u"E:\\x") && !is_drive_root(u"1:"));
+    static_assert(is_rooted_path(u"/home/disk.adf") && is_rooted_path(u"C:disk.adf") && !is_rooted_path(u"games\\a"));
+    static_assert(is_device_path(u"//./PhysicalDrive2") && !is_device_path(u"\\server"));
+    EXPECT_EQ(joined_path(u"C:/games", u"disk.adf"), u"C:/games\\disk.adf");
+    EXPECT_EQ(joined_path(u"C:/games/", u"disk.adf"), u"C:/games/disk.adf");
 }
 
 TEST(TextRules, TrimsSpaceTabCrLfOnly) {

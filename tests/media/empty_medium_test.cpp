@@ -1,7 +1,7 @@
 // Empty media made from the installed templates: kinds and arguments, the private folder, the
 // root block's new dates and checksum, freeing; and the blank-disk dialog's names.
 
-#include "common/path_text.h"
+#include "common/windows_path.h"
 #include "media/amiga_blocks.h"
 #include "media/blank_disk_name.h"
 #include "media/empty_medium.h"

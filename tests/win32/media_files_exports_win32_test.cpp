@@ -3,10 +3,12 @@
 
 #include "kq_amiga.h"
 #include "tests/support/amiga_dll.h"
+#include "tests/support/amiga_images.h"
 #include "tests/support/temp_folder.h"
 
 #include <windows.h>
 
+#include <algorithm>
 #include <string>
 
 namespace kq {
@@ -76,6 +78,41 @@ TEST_F(MediaFilesDll, CopyingMediumFiles) {
     EXPECT_EQ(std::wstring(guarded), folder.substr(0, 9));
     EXPECT_EQ(guarded[10], L'#');
     EXPECT_NE(GetFileAttributesW((folder + L"\\Game(2).adf").c_str()), INVALID_FILE_ATTRIBUTES);
+}
+
+// Windows takes "/" as a separator too, and so does every export that takes a path: a CUE sheet
+// named with it finds its data file beside it.
+TEST_F(MediaFilesDll, PathsWithForwardSlashes) {
+    const auto copy = resolve<decltype(KQCopyMediumFile)>("KQCopyMediumFile");
+    const auto volume_name = resolve<decltype(KQGetVolumeName)>("KQGetVolumeName");
+    const auto get = resolve<decltype(KQGetRuntimeMedium)>("KQGetRuntimeMedium");
+    const auto dismiss = resolve<decltype(KQDismissRuntimeMedium)>("KQDismissRuntimeMedium");
+    ASSERT_TRUE(copy && volume_name && get && dismiss);
+    test::TempFolder source, target;
+    source.create_file(u"Game.bin", test::as_string(test::iso_image({.volume = "GAME_DISC"})));
+    source.create_file(u"Game.cue", "FILE \"Game.bin\" BINARY\n  TRACK 01 MODE1/2048\n");
+    source.create_file(u"Disk.adf", test::as_string(test::floppy_image({.name = "Slashed"})));
+    const auto slashed = [](std::u16string path) {
+        std::replace(path.begin(), path.end(), u'\\', u'/');
+        return wide(path);
+    };
+    const std::wstring sheet = slashed(source.path(u"Game.cue"));
+    wchar_t buffer[MAX_PATH + 1];
+
+    ASSERT_EQ(volume_name(sheet.c_str(), buffer, MAX_PATH), KQ_S_OK);
+    EXPECT_EQ(std::wstring(buffer), L"GAME_DISC");
+    ASSERT_EQ(volume_name(slashed(source.path(u"Disk.adf")).c_str(), buffer, MAX_PATH), KQ_S_OK);
+    EXPECT_EQ(std::wstring(buffer), L"Slashed");
+
+    ASSERT_EQ(copy(sheet.c_str(), slashed(target.path()).c_str(), 0, buffer, MAX_PATH), KQ_S_OK);
+    EXPECT_EQ(std::wstring(buffer), slashed(target.path()) + L"\\Game.cue");
+    EXPECT_NE(GetFileAttributesW(wide(target.path(u"Game.bin")).c_str()), INVALID_FILE_ATTRIBUTES);
+
+    ASSERT_EQ(get(slashed(source.path(u"Disk.adf")).c_str(), slashed(target.path()).c_str(), buffer, MAX_PATH, 0),
+              KQ_S_OK);
+    EXPECT_NE(std::wstring(buffer).find(L"-Disk.adf"), std::wstring::npos);
+    EXPECT_EQ(dismiss(buffer, nullptr, 0), KQ_S_OK);
+    EXPECT_EQ(GetFileAttributesW(buffer), INVALID_FILE_ATTRIBUTES);
 }
 
 } // namespace
