@@ -56,13 +56,13 @@ std::optional<DiskSummary> describe_unrecorded_disk(std::u16string_view path, De
     const std::optional<std::uint32_t> attributes = path_attributes(path);
     if (!attributes) return std::nullopt;
     DiskSummary disk;
-    disk.kind = content_text(is_folder(*attributes) ? text_id::kind_mounted_directory : text_id::kind_hardfile);
+    disk.kind = content_text(is_folder(*attributes) ? strings::kind_mounted_directory : strings::kind_hardfile);
     bool is_removable = false;
     if (is_full_drive_root(path)) {
         std::u16string label = platform::volume_label(path);
         if (!label.empty()) {
             disk.volumes.push_back(std::move(label));
-            disk.kind = content_text(text_id::kind_mounted_drive);
+            disk.kind = content_text(strings::kind_mounted_drive);
         }
         // A removable drive's medium may change while the guest runs: it is not mounted.
         is_removable = platform::is_removable_drive(path);
@@ -76,7 +76,7 @@ DiskSummary describe_recorded_disk(const MountRecord& record, DeviceNameAllocato
     DiskSummary disk{.volumes = list_entries(record.volumes), .devices = {}, .kind = std::u16string(record.kind)};
     const std::vector<std::u16string> devices = list_entries(record.devices);
     if (!devices.empty() && devices.front() == kNotMounted) {
-        disk.devices.push_back(content_text(text_id::not_available));
+        disk.devices.push_back(content_text(strings::not_available));
     } else if (devices.empty()) {
         disk.devices.push_back(allocator.take_new_name());
     } else {
@@ -91,7 +91,7 @@ std::optional<std::u16string> summary_line(std::u16string_view name, const DiskS
     const std::u16string devices = join_list(disk.devices, Quoting::none);
     if (!is_short) {
         const std::u16string disks =
-            content_text(disk.volumes.size() >= 2 ? text_id::hard_disks : text_id::one_hard_disk);
+            content_text(disk.volumes.size() >= 2 ? strings::hard_disks_template : strings::one_hard_disk_template);
         const MessageArgument arguments[] = {std::u16string_view(volumes)};
         const std::optional<std::u16string> described = format_message(disks, arguments);
         if (!described) return std::nullopt;
@@ -178,7 +178,7 @@ std::optional<std::u16string> runtime_disk_record(std::u16string_view line, std:
         record += next;
     }
     record += kFieldSeparator;
-    record += content_text(is_folder(*attributes) ? text_id::kind_mounted_directory : text_id::kind_hardfile);
+    record += content_text(is_folder(*attributes) ? strings::kind_mounted_directory : strings::kind_hardfile);
     return record;
 }
 
@@ -196,7 +196,7 @@ std::optional<std::u16string> runtime_device_record(std::u16string_view line, st
     }
     record += product;
     record += kFieldSeparator;
-    record += content_text(text_id::direct_attached_disk);
+    record += content_text(strings::direct_attached_disk);
     return record;
 }
 

@@ -14,14 +14,14 @@ namespace {
 
 struct DriveText {
     DriveType type;
-    std::uint16_t template_id;
+    StringId template_id;
 };
 
 constexpr DriveText kDriveTexts[] = {
-    {DriveType::floppy, text_id::floppy_drive},
-    {DriveType::hard_disk, text_id::hard_disk_drive},
-    {DriveType::cd, text_id::cd_drive},
-    {DriveType::network, text_id::network_drive},
+    {DriveType::floppy, strings::floppy_drive_template},
+    {DriveType::hard_disk, strings::hard_disk_drive_template},
+    {DriveType::cd, strings::cd_drive_template},
+    {DriveType::network, strings::network_drive},
 };
 
 // "name" (display label), or the display label alone when the medium has no name.
@@ -36,21 +36,21 @@ std::u16string medium_description(std::u16string_view name, std::u16string_view 
 }
 
 struct DriveContent {
-    std::uint16_t template_id;
+    StringId template_id;
     std::u16string description;  // the %2 of the template
 };
 
 DriveContent hard_disk_content(std::u16string_view list, std::u16string_view records,
                                const MediumNameReaders& readers) {
     const std::optional<std::u16string> summary = content_info_text(list, records, kContentInfoShort, readers);
-    if (!summary || summary->size() >= kTooltipSummaryChars) return {text_id::hard_disk_drive, {}};
+    if (!summary || summary->size() >= kTooltipSummaryChars) return {strings::hard_disk_drive_template, {}};
     const bool has_several_lines = summary->find(kLineSeparator) != std::u16string::npos;
-    return {has_several_lines ? text_id::hard_disk_drives : text_id::hard_disk_drive, *summary};
+    return {has_several_lines ? strings::hard_disk_drives_template : strings::hard_disk_drive_template, *summary};
 }
 
 std::u16string medium_content(DriveType type, std::u16string_view path, std::u16string_view label,
                               const MediumNameReaders& readers) {
-    if (path.empty()) return content_text(text_id::empty_drive);
+    if (path.empty()) return content_text(strings::empty_drive);
     if (type == DriveType::cd && is_drive_root(path))
         return medium_description(platform::volume_label(with_trailing_separator(path)), label);
     const std::optional<std::u16string> name = readers.volume_name(path);

@@ -4,6 +4,7 @@
 #include "content/content_info.h"
 #include "content/content_texts.h"
 #include "module/record_packer.h"
+#include "string_ids.h"
 
 #include <algorithm>
 #include <array>
@@ -19,43 +20,51 @@ constexpr std::uint32_t kWritableImageFlags = 3, kReadOnlyFlags = 0, kConfigurat
 
 struct FileAssociationRow {
     std::u16string_view extension;
-    std::uint16_t type_name, extension_description, long_description, filter_name;  // string ids
+    StringId type_name, extension_description, long_description, filter_name;
     std::uint16_t icon;
     DriveType drive;
     std::uint32_t flags;
 };
 
 constexpr std::array kRows{
-    FileAssociationRow{.extension = u"adf", .type_name = 156, .extension_description = 144, .long_description = 145,
-                       .filter_name = 146, .icon = kFloppyDiskIcon, .drive = DriveType::floppy,
-                       .flags = kWritableImageFlags},
-    FileAssociationRow{.extension = u"adz", .type_name = 156, .extension_description = 147, .long_description = 148,
-                       .filter_name = 149, .icon = kFloppyDiskIcon, .drive = DriveType::floppy,
-                       .flags = kWritableImageFlags},
+    FileAssociationRow{.extension = u"adf", .type_name = strings::amiga_floppy_image,
+                       .extension_description = strings::adf_extension_description,
+                       .long_description = strings::adf_long_description, .filter_name = strings::adf_filter_name,
+                       .icon = kFloppyDiskIcon, .drive = DriveType::floppy, .flags = kWritableImageFlags},
+    FileAssociationRow{.extension = u"adz", .type_name = strings::amiga_floppy_image,
+                       .extension_description = strings::adz_extension_description,
+                       .long_description = strings::adz_long_description, .filter_name = strings::adz_filter_name,
+                       .icon = kFloppyDiskIcon, .drive = DriveType::floppy, .flags = kWritableImageFlags},
     FileAssociationRow{.extension = u"cue", .type_name = kNone, .extension_description = kNone,
-                       .long_description = kNone, .filter_name = 195, .icon = kNone, .drive = DriveType::cd,
-                       .flags = kReadOnlyFlags},
-    FileAssociationRow{.extension = u"dms", .type_name = 156, .extension_description = 150, .long_description = 151,
-                       .filter_name = 152, .icon = kFloppyDiskIcon, .drive = DriveType::floppy,
-                       .flags = kWritableImageFlags},
-    FileAssociationRow{.extension = u"hdf", .type_name = 434, .extension_description = 304, .long_description = 305,
-                       .filter_name = 306, .icon = kHardDiskIcon, .drive = DriveType::hard_disk,
-                       .flags = kWritableImageFlags},
-    FileAssociationRow{.extension = u"hdz", .type_name = 434, .extension_description = 307, .long_description = 308,
-                       .filter_name = 309, .icon = kHardDiskIcon, .drive = DriveType::hard_disk,
-                       .flags = kWritableImageFlags},
-    FileAssociationRow{.extension = u"ipf", .type_name = 156, .extension_description = 153, .long_description = 154,
-                       .filter_name = 155, .icon = kFloppyDiskIcon, .drive = DriveType::floppy,
-                       .flags = kReadOnlyFlags},
+                       .long_description = kNone, .filter_name = strings::cue_filter_name, .icon = kNone,
+                       .drive = DriveType::cd, .flags = kReadOnlyFlags},
+    FileAssociationRow{.extension = u"dms", .type_name = strings::amiga_floppy_image,
+                       .extension_description = strings::dms_extension_description,
+                       .long_description = strings::dms_long_description, .filter_name = strings::dms_filter_name,
+                       .icon = kFloppyDiskIcon, .drive = DriveType::floppy, .flags = kWritableImageFlags},
+    FileAssociationRow{.extension = u"hdf", .type_name = strings::amiga_hard_disk_image,
+                       .extension_description = strings::hdf_extension_description,
+                       .long_description = strings::hdf_long_description, .filter_name = strings::hdf_filter_name,
+                       .icon = kHardDiskIcon, .drive = DriveType::hard_disk, .flags = kWritableImageFlags},
+    FileAssociationRow{.extension = u"hdz", .type_name = strings::amiga_hard_disk_image,
+                       .extension_description = strings::hdz_extension_description,
+                       .long_description = strings::hdz_long_description, .filter_name = strings::hdz_filter_name,
+                       .icon = kHardDiskIcon, .drive = DriveType::hard_disk, .flags = kWritableImageFlags},
+    FileAssociationRow{.extension = u"ipf", .type_name = strings::amiga_floppy_image,
+                       .extension_description = strings::ipf_extension_description,
+                       .long_description = strings::ipf_long_description, .filter_name = strings::ipf_filter_name,
+                       .icon = kFloppyDiskIcon, .drive = DriveType::floppy, .flags = kReadOnlyFlags},
     FileAssociationRow{.extension = u"iso", .type_name = kNone, .extension_description = kNone,
-                       .long_description = kNone, .filter_name = 196, .icon = kNone, .drive = DriveType::cd,
-                       .flags = kReadOnlyFlags},
-    FileAssociationRow{.extension = u"scp", .type_name = 156, .extension_description = 519, .long_description = 520,
-                       .filter_name = 521, .icon = kFloppyDiskIcon, .drive = DriveType::floppy,
-                       .flags = kWritableImageFlags},
-    FileAssociationRow{.extension = u"uae", .type_name = 1136, .extension_description = 1137,
-                       .long_description = 1138, .filter_name = 1135, .icon = kFloppyDiskIcon,
-                       .drive = DriveType::floppy, .flags = kConfigurationFileFlags},
+                       .long_description = kNone, .filter_name = strings::iso_filter_name, .icon = kNone,
+                       .drive = DriveType::cd, .flags = kReadOnlyFlags},
+    FileAssociationRow{.extension = u"scp", .type_name = strings::amiga_floppy_image,
+                       .extension_description = strings::scp_extension_description,
+                       .long_description = strings::scp_long_description, .filter_name = strings::scp_filter_name,
+                       .icon = kFloppyDiskIcon, .drive = DriveType::floppy, .flags = kWritableImageFlags},
+    FileAssociationRow{.extension = u"uae", .type_name = strings::uae_configuration_file,
+                       .extension_description = strings::uae_extension_description,
+                       .long_description = strings::uae_long_description, .filter_name = strings::uae_filter_name,
+                       .icon = kFloppyDiskIcon, .drive = DriveType::floppy, .flags = kConfigurationFileFlags},
 };
 
 static_assert(kRows.size() == kFileAssociationCount);
@@ -71,7 +80,7 @@ static_assert(std::ranges::all_of(kRows, [](const FileAssociationRow& row) {
     return row.filter_name != kNone && (described || bare);
 }));
 
-std::u16string loaded_text(std::uint16_t id, std::size_t max_chars) {
+std::u16string loaded_text(StringId id, std::size_t max_chars) {
     return id == kNone ? std::u16string() : platform::load_string(id, max_chars);
 }
 

@@ -7,7 +7,7 @@ namespace kq::content {
 std::u16string join_list(std::span<const std::u16string> entries, Quoting quoting) {
     std::u16string joined;
     if (entries.empty()) return joined;
-    std::u16string comma = content_text(text_id::list_comma), last = content_text(text_id::list_and);
+    std::u16string comma = content_text(strings::list_comma), last = content_text(strings::list_and);
     comma += u' ';
     last += u' ';
     for (std::size_t i = 0; i < entries.size(); ++i) {

@@ -103,7 +103,7 @@ extern "C" kq_status KQBackupKeyboardSettings(uint32_t action) {
 
 extern "C" kq_status KQGetInputButtonName(uint32_t mask, uint32_t, uint32_t kind, kq_char* buffer,
                                           uint32_t buffer_chars) {
-    const std::optional<std::uint16_t> name = kq::input::button_name_id(mask, kind);
+    const std::optional<kq::StringId> name = kq::input::button_name_id(mask, kind);
     if (!name) return kq::status::from_win32(kq::platform::system_error::not_found);  // the buffer is left alone
     if (buffer == nullptr || buffer_chars == 0) return KQ_S_OK;
     return kq::guard([&] {

@@ -3,30 +3,39 @@
 #include "common/compare.h"
 #include "common/integer_text.h"
 #include "manifest/input_ports.h"
+#include "string_ids.h"
 
 namespace kq::input {
 namespace {
 
 struct ButtonLabel {
     std::uint32_t mask;
-    std::uint16_t two_button, three_button, seven_button;  // string ids; 0: no name
+    StringId two_button, three_button, seven_button;  // 0: no name
 };
 
 constexpr ButtonLabel kButtonLabels[] = {
-    {1, 2200, 2200, 2200},     {2, 2201, 2201, 2201},    {4, 2202, 2202, 2202},    {8, 2203, 2203, 2203},
-    {16, 2204, 2204, 2207},    {32, 2205, 2205, 2208},   {64, 0, 2206, 2209},      {128, 0, 0, 2210},
-    {256, 0, 0, 1006},         {512, 0, 0, 2211},        {1024, 0, 0, 1008},
+    {1,    strings::direction_right, strings::direction_right, strings::direction_right},
+    {2,    strings::direction_left,  strings::direction_left,  strings::direction_left},
+    {4,    strings::direction_down,  strings::direction_down,  strings::direction_down},
+    {8,    strings::direction_up,    strings::direction_up,    strings::direction_up},
+    {16,   strings::fire_1_button,   strings::fire_1_button,   strings::red_button},
+    {32,   strings::fire_2_button,   strings::fire_2_button,   strings::blue_button},
+    {64,   0,                        strings::fire_3_button,   strings::yellow_button},
+    {128,  0,                        0,                        strings::green_button},
+    {256,  0,                        0,                        strings::play_pause_button},
+    {512,  0,                        0,                        strings::reverse_button},
+    {1024, 0,                        0,                        strings::forward_button},
 };
 
 } // namespace
 
-std::optional<std::uint16_t> button_name_id(std::uint32_t mask, std::uint32_t kind) noexcept {
+std::optional<StringId> button_name_id(std::uint32_t mask, std::uint32_t kind) noexcept {
     for (const ButtonLabel& label : kButtonLabels) {
         if (label.mask != mask) continue;
-        const std::uint16_t id = kind == kTwoButtonJoystick     ? label.two_button
-                                 : kind == kThreeButtonJoystick ? label.three_button
-                                 : kind == kSevenButtonPad      ? label.seven_button
-                                                                : 0;
+        const StringId id = kind == kTwoButtonJoystick     ? label.two_button
+                            : kind == kThreeButtonJoystick ? label.three_button
+                            : kind == kSevenButtonPad      ? label.seven_button
+                                                           : 0;
         if (id != 0) return id;
     }
     return std::nullopt;

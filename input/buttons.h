@@ -5,6 +5,7 @@
 
 #include "manifest/manifest_document.h"
 #include "module/status.h"
+#include "string_ids.h"
 
 #include <array>
 #include <cstdint>
@@ -32,7 +33,7 @@ inline constexpr std::uint32_t kTwoButtonJoystick = 2, kThreeButtonJoystick = 3,
 
 // The string id of the name of button `mask` (exactly one bit) on a controller of `kind`; nullopt
 // for a pair that has no name.
-std::optional<std::uint16_t> button_name_id(std::uint32_t mask, std::uint32_t kind) noexcept;
+std::optional<StringId> button_name_id(std::uint32_t mask, std::uint32_t kind) noexcept;
 
 // A port whose buttons are assigned keyboard keys by name.
 inline constexpr std::uint32_t kKeyAssignedDevice = 255;

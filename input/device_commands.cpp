@@ -5,6 +5,7 @@
 #include "input/keyboard_input_data.h"
 #include "module/record_packer.h"
 #include "platform/string_table.h"
+#include "string_ids.h"
 
 #include <array>
 #include <span>
@@ -16,26 +17,26 @@ constexpr std::uint8_t kNoKey = 0x80;
 constexpr std::size_t kMaxNameChars = 100;
 
 struct DeviceCommandEntry {
-    std::uint16_t name_id;
+    StringId name_id;
     std::array<std::uint8_t, 4> keys;  // shown with the name, up to the first kNoKey
     std::u16string_view command;
 };
 
 constexpr DeviceCommandEntry kCdButtons[] = {
-    {1006, {kNoKey, kNoKey, kNoKey, kNoKey}, u"KEY_RAW_DOWN 0x73 KEY_RAW_UP 0x73"},  // Play/Pause
-    {1010, {kNoKey, kNoKey, kNoKey, kNoKey}, u"KEY_RAW_DOWN 0x74 KEY_RAW_UP 0x74"},  // Previous
-    {1011, {kNoKey, kNoKey, kNoKey, kNoKey}, u"KEY_RAW_DOWN 0x75 KEY_RAW_UP 0x75"},  // Next
-    {1007, {kNoKey, kNoKey, kNoKey, kNoKey}, u"KEY_RAW_DOWN 0x72 KEY_RAW_UP 0x72"},  // Stop
-    {1008, {kNoKey, kNoKey, kNoKey, kNoKey}, u"KEY_RAW_DOWN 0x77 KEY_RAW_UP 0x77"},  // Forward
-    {1009, {kNoKey, kNoKey, kNoKey, kNoKey}, u"KEY_RAW_DOWN 0x76 KEY_RAW_UP 0x76"},  // Rewind
+    {strings::play_pause_button, {kNoKey, kNoKey, kNoKey, kNoKey}, u"KEY_RAW_DOWN 0x73 KEY_RAW_UP 0x73"},
+    {strings::previous_button, {kNoKey, kNoKey, kNoKey, kNoKey}, u"KEY_RAW_DOWN 0x74 KEY_RAW_UP 0x74"},
+    {strings::next_button, {kNoKey, kNoKey, kNoKey, kNoKey}, u"KEY_RAW_DOWN 0x75 KEY_RAW_UP 0x75"},
+    {strings::stop_button, {kNoKey, kNoKey, kNoKey, kNoKey}, u"KEY_RAW_DOWN 0x72 KEY_RAW_UP 0x72"},
+    {strings::forward_button, {kNoKey, kNoKey, kNoKey, kNoKey}, u"KEY_RAW_DOWN 0x77 KEY_RAW_UP 0x77"},
+    {strings::rewind_button, {kNoKey, kNoKey, kNoKey, kNoKey}, u"KEY_RAW_DOWN 0x76 KEY_RAW_UP 0x76"},
 };
 
 constexpr DeviceCommandEntry kKeyboard[] = {
-    {450, {0x66, kNoKey, kNoKey, kNoKey}, u"KEY_RAW_DOWN 0x66 KEY_RAW_UP 0x66"},  // Left Amiga
-    {451, {0x67, kNoKey, kNoKey, kNoKey}, u"KEY_RAW_DOWN 0x67 KEY_RAW_UP 0x67"},  // Right Amiga
-    {889, {0x63, 0x66, 0x67, kNoKey},                                              // Soft Reset
+    {strings::left_amiga_key, {0x66, kNoKey, kNoKey, kNoKey}, u"KEY_RAW_DOWN 0x66 KEY_RAW_UP 0x66"},
+    {strings::right_amiga_key, {0x67, kNoKey, kNoKey, kNoKey}, u"KEY_RAW_DOWN 0x67 KEY_RAW_UP 0x67"},
+    {strings::soft_reset, {0x63, 0x66, 0x67, kNoKey},
      u"KEY_RAW_DOWN 0x63 KEY_RAW_DOWN 0x66 KEY_RAW_DOWN 0x67 KEY_RAW_UP 0x67 KEY_RAW_UP 0x66 KEY_RAW_UP 0x63"},
-    {452, {0x5F, kNoKey, kNoKey, kNoKey}, u"KEY_RAW_DOWN 0x5F KEY_RAW_UP 0x5F"},  // Help
+    {strings::help_key, {0x5F, kNoKey, kNoKey, kNoKey}, u"KEY_RAW_DOWN 0x5F KEY_RAW_UP 0x5F"},
 };
 
 // The keys' names joined with "+"; empty when a key has no name. A key that the naming reports

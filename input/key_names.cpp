@@ -4,6 +4,7 @@
 #include "input/key_tokens.h"
 #include "module/message_format.h"
 #include "platform/string_table.h"
+#include "string_ids.h"
 
 #include <algorithm>
 
@@ -12,22 +13,27 @@ namespace {
 
 struct FixedName {
     std::uint8_t raw;
-    std::uint16_t name;  // string id
+    StringId name;
 };
-
-constexpr std::uint16_t kShiftPrefixName = 2138;
-constexpr std::uint16_t kKeypadBracketTemplate = 2133;  // "Numeric Keypad %1!c!"
 
 // Raw key 0x65 (Right Alt) deliberately has no fixed name: it is named like a character key.
 constexpr FixedName kFixedNames[] = {
-    {0x0F, 2100}, {0x1D, 2101}, {0x1E, 2102}, {0x1F, 2103}, {0x2D, 2104}, {0x2E, 2105}, {0x2F, 2106},
-    {0x3C, 2107}, {0x3D, 2108}, {0x3E, 2109}, {0x3F, 2110}, {0x40, 2111}, {0x41, 2112}, {0x42, 2113},
-    {0x43, 2114}, {0x44, 2115}, {0x45, 2116}, {0x46, 2117}, {0x4A, 2118}, {0x4C, 2119}, {0x4D, 2120},
-    {0x4E, 2121}, {0x4F, 2122}, {0x50, 2123}, {0x51, 2124}, {0x52, 2125}, {0x53, 2126}, {0x54, 2127},
-    {0x55, 2128}, {0x56, 2129}, {0x57, 2130}, {0x58, 2131}, {0x59, 2132}, {0x5A, 2133}, {0x5B, 2133},
-    {0x5C, 2134}, {0x5D, 2135}, {0x5E, 2136}, {0x5F, 452},  {0x60, 2137}, {0x61, 2139}, {0x62, 2140},
-    {0x63, 2141}, {0x64, 2142}, {0x66, 450},  {0x67, 451},  {0x72, 1007}, {0x73, 1006}, {0x74, 1010},
-    {0x75, 1011}, {0x76, 1009}, {0x77, 1008},
+    {0x0F, strings::keypad_0}, {0x1D, strings::keypad_1}, {0x1E, strings::keypad_2}, {0x1F, strings::keypad_3},
+    {0x2D, strings::keypad_4}, {0x2E, strings::keypad_5}, {0x2F, strings::keypad_6}, {0x3C, strings::keypad_period},
+    {0x3D, strings::keypad_7}, {0x3E, strings::keypad_8}, {0x3F, strings::keypad_9}, {0x40, strings::space_key},
+    {0x41, strings::backspace_key}, {0x42, strings::tab_key}, {0x43, strings::keypad_enter},
+    {0x44, strings::return_key}, {0x45, strings::escape_key}, {0x46, strings::delete_key},
+    {0x4A, strings::keypad_minus}, {0x4C, strings::cursor_up_key}, {0x4D, strings::cursor_down_key},
+    {0x4E, strings::cursor_right_key}, {0x4F, strings::cursor_left_key}, {0x50, strings::f1_key},
+    {0x51, strings::f2_key}, {0x52, strings::f3_key}, {0x53, strings::f4_key}, {0x54, strings::f5_key},
+    {0x55, strings::f6_key}, {0x56, strings::f7_key}, {0x57, strings::f8_key}, {0x58, strings::f9_key},
+    {0x59, strings::f10_key}, {0x5A, strings::keypad_bracket_template}, {0x5B, strings::keypad_bracket_template},
+    {0x5C, strings::keypad_slash}, {0x5D, strings::keypad_asterisk}, {0x5E, strings::keypad_plus},
+    {0x5F, strings::help_key}, {0x60, strings::left_shift_key}, {0x61, strings::right_shift_key},
+    {0x62, strings::caps_lock_key}, {0x63, strings::control_key}, {0x64, strings::alt_key},
+    {0x66, strings::left_amiga_key}, {0x67, strings::right_amiga_key}, {0x72, strings::stop_button},
+    {0x73, strings::play_pause_button}, {0x74, strings::previous_button}, {0x75, strings::next_button},
+    {0x76, strings::rewind_button}, {0x77, strings::forward_button},
 };
 
 constexpr std::size_t kNameChars = 100;
@@ -35,9 +41,9 @@ constexpr std::size_t kNameChars = 100;
 std::optional<std::u16string> fixed_name(const KeyboardInputData& record, std::uint8_t raw, char16_t suffix) {
     const auto found = std::ranges::find(kFixedNames, raw, &FixedName::raw);
     if (found == std::end(kFixedNames)) return std::nullopt;
-    if (raw == raw_key::left_shift && suffix == u'+') return platform::load_string(kShiftPrefixName, kNameChars);
+    if (raw == raw_key::left_shift && suffix == u'+') return platform::load_string(strings::shift_key, kNameChars);
     std::u16string name = platform::load_string(found->name, kNameChars);
-    if (found->name == kKeypadBracketTemplate) {
+    if (found->name == strings::keypad_bracket_template) {
         const MessageArgument bracket = raw == raw_key::keypad_open ? record.open_bracket : record.close_bracket;
         name = format_message(name, std::span(&bracket, 1)).value_or(name);
     }

@@ -11,6 +11,7 @@
 //   642  16   Caps Lock set: bit (k mod 8) of byte (k / 8) when Caps Lock affects raw key k
 
 #include "input/stroke_code.h"
+#include "string_ids.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -23,7 +24,7 @@ inline constexpr std::size_t kKeymapImageBytes = 658;
 
 struct KeyboardLayout {
     std::u16string_view id;
-    std::uint16_t display_name;  // string id; the name is cut before " (" where it is shown
+    StringId display_name;  // cut before " (" where it is shown
     std::span<const std::uint8_t> keymap_image;
     std::span<const CharacterEntry> characters;
     char16_t open_bracket, close_bracket;

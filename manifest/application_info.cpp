@@ -5,23 +5,19 @@
 #include "manifest/system_models.h"
 #include "module/message_format.h"
 #include "platform/string_table.h"
+#include "string_ids.h"
 
 #include <algorithm>
 
 namespace kq::manifest {
 namespace {
 
-namespace text_id {
-constexpr std::uint16_t model = 2040, rom = 2041, cpu = 2042, first_cpu = 2043, second_cpu = 2044,
-                        pci_bridge = 2045, ppc = 2046, prometheus = 2047;
-} // namespace text_id
-
 // Display names are read into 80-character buffers.
 constexpr std::size_t kDisplayNameChars = 79;
 
-std::u16string display_name(std::uint16_t id) { return platform::load_string(id, kDisplayNameChars); }
+std::u16string display_name(StringId id) { return platform::load_string(id, kDisplayNameChars); }
 
-void add_line(std::u16string& text, std::uint16_t format, std::u16string_view name) {
+void add_line(std::u16string& text, StringId format, std::u16string_view name) {
     const MessageArgument argument = name;
     const std::u16string pattern = platform::load_string(format, kDisplayNameChars);
     text += format_message(pattern, std::span(&argument, 1)).value_or(pattern);
@@ -43,14 +39,15 @@ HResult application_info(const char* manifest_utf8, std::u16string& text) {
     if (const HResult loaded = document.load(manifest_utf8); loaded != status::ok) return loaded;
     const std::u16string model = read_model_id(document);
     if (model.empty()) return status::ok;
-    if (is_known_model(model)) add_line(text, text_id::model, display_name(find_model(model).display_name));
+    if (is_known_model(model))
+        add_line(text, strings::model_line_template, display_name(find_model(model).display_name));
 
     const std::u16string rom = read_system_rom(document).id;
     const std::u16string cpu = read_cpu(document).id;
     const SystemDefaults defaults = fill_system_defaults(model, cpu, rom);
     if (std::ranges::any_of(defaults.selectable_roms,
                             [&](std::u16string_view id) { return equal_ignoring_case(id, rom); }))
-        add_line(text, text_id::rom, display_name(rom_display_name(rom)));
+        add_line(text, strings::rom_line_template, display_name(rom_display_name(rom)));
 
     bool pci_bridge = false, second_processor = false;
     Element configuration = document.configuration();
@@ -67,13 +64,13 @@ HResult application_info(const char* manifest_utf8, std::u16string& text) {
 
     if (std::ranges::any_of(kCpuIds, [&](std::u16string_view id) { return equal_ignoring_case(id, cpu); })) {
         if (second_processor) {
-            add_line(text, text_id::first_cpu, upper_case(cpu));
-            add_line(text, text_id::second_cpu, display_name(text_id::ppc));
+            add_line(text, strings::first_cpu_line_template, upper_case(cpu));
+            add_line(text, strings::second_cpu_line_template, display_name(strings::ppc_604e));
         } else {
-            add_line(text, text_id::cpu, upper_case(cpu));
+            add_line(text, strings::cpu_line_template, upper_case(cpu));
         }
     }
-    if (pci_bridge) add_line(text, text_id::pci_bridge, display_name(text_id::prometheus));
+    if (pci_bridge) add_line(text, strings::pci_bridge_line_template, display_name(strings::prometheus));
     return status::ok;
 }
 

@@ -4,21 +4,21 @@
 #include "manifest/rom_files.h"
 #include "platform/files.h"
 #include "platform/string_table.h"
+#include "string_ids.h"
 
-#include <cstdint>
 
 namespace kq::manifest {
 namespace {
 
 struct SharedFolder {
     std::u16string_view relative_path;
-    std::uint16_t description;  // string id
+    StringId description;
 };
 
 constexpr SharedFolder kRestorableFolders[] = {
-    {u"Shared\\adf", 2050},
-    {u"Shared\\hdf", 2051},
-    {u"Shared\\rom", 2052},
+    {u"Shared\\adf", strings::shared_floppy_images},
+    {u"Shared\\hdf", strings::shared_hard_disk_images},
+    {u"Shared\\rom", strings::shared_rom_images},
 };
 
 constexpr std::size_t kDescriptionChars = 79;  // read into 80-character buffers

@@ -50,35 +50,35 @@ constexpr std::u16string_view kRomsCd32[] = {u"310-cd32", u"logica-dialoga-200"}
 constexpr std::u16string_view kRomsWalker[] = {u"320-walker"};
 
 constexpr ModelRow kModels[] = {
-    {u"a-500", 2000, u"120", u"68000", u"", {kChip3, 512 * K}, {kFast1, 0}, {kSlow2, 0},
+    {u"a-500", strings::model_a500, u"120", u"68000", u"", {kChip3, 512 * K}, {kFast1, 0}, {kSlow2, 0},
      Z3Rule::none, 512 * K, false, false, false, false, kRomsA500},
-    {u"a-500plus", 2001, u"204", u"68000", u"", {kChip1, 1 * M}, {kFast1, 0}, {kSlow1, 0},
+    {u"a-500plus", strings::model_a500_plus, u"204", u"68000", u"", {kChip1, 1 * M}, {kFast1, 0}, {kSlow1, 0},
      Z3Rule::none, 0, false, false, false, false, kRomsA600},
-    {u"a-600", 2002, u"205-a600", u"68000", u"", {kChip1, 1 * M}, {kFast1, 0}, {kSlow1, 0},
+    {u"a-600", strings::model_a600, u"205-a600", u"68000", u"", {kChip1, 1 * M}, {kFast1, 0}, {kSlow1, 0},
      Z3Rule::none, 0, false, false, false, false, kRomsA600},
-    {u"a-1000", 2003, u"110-ntsc", u"68000", u"", {kChip2, 256 * K}, {kFast1, 0}, {kSlow1, 0},
+    {u"a-1000", strings::model_a1000, u"110-ntsc", u"68000", u"", {kChip2, 256 * K}, {kFast1, 0}, {kSlow1, 0},
      Z3Rule::none, 0, false, false, false, false, kRomsA1000},
-    {u"a-1200", 2004, u"310-a1200", u"68EC020", u"", {kChip4, 2 * M}, {kFast1, 0}, {kSlow1, 0},
+    {u"a-1200", strings::model_a1200, u"310-a1200", u"68EC020", u"", {kChip4, 2 * M}, {kFast1, 0}, {kSlow1, 0},
      Z3Rule::small, 0, false, false, false, false, kRomsA1200},
-    {u"a-2000", 2005, u"130", u"68000", u"", {kChip3, 512 * K}, {kFast1, 0}, {kSlow2, 512 * K},
+    {u"a-2000", strings::model_a2000, u"130", u"68000", u"", {kChip3, 512 * K}, {kFast1, 0}, {kSlow2, 512 * K},
      Z3Rule::none, 512 * K, false, false, false, false, kRomsA500},
-    {u"a-3000", 2006, u"310-a3000", u"68030", u"68882", {kChip1, 1 * M}, {kFast2, 1 * M},
+    {u"a-3000", strings::model_a3000, u"310-a3000", u"68030", u"68882", {kChip1, 1 * M}, {kFast2, 1 * M},
      {kSlow1, 0}, Z3Rule::small, 0, true, false, false, false, kRomsA3000},
-    {u"a-4000", 2007, u"310-a4000", u"68040", u"", {kChip4, 2 * M}, {kFast2, 4 * M}, {kSlow1, 0},
+    {u"a-4000", strings::model_a4000, u"310-a4000", u"68040", u"", {kChip4, 2 * M}, {kFast2, 4 * M}, {kSlow1, 0},
      Z3Rule::large, 0, false, false, false, false, kRomsA4000},
-    {u"a-4000t", 2008, u"310-a4000t", u"68040", u"", {kChip4, 2 * M}, {kFast2, 4 * M}, {kSlow1, 0},
+    {u"a-4000t", strings::model_a4000t, u"310-a4000t", u"68040", u"", {kChip4, 2 * M}, {kFast2, 4 * M}, {kSlow1, 0},
      Z3Rule::large, 0, false, true, false, false, kRomsA4000T},
-    {u"a-4xxx", 2009, u"3x0-a4000", u"68020", u"68882", {kChip5, 2 * M}, {kFast2, 0}, {kSlow1, 0},
+    {u"a-4xxx", strings::model_a4xxx, u"3x0-a4000", u"68020", u"68882", {kChip5, 2 * M}, {kFast2, 0}, {kSlow1, 0},
      Z3Rule::flexible, 2 * M, true, true, true, true, kRomsA4xxx},
-    {u"a-whdload", 2010, u"3x0-a4000", u"68020", u"68882", {kChip5, 2 * M}, {kFast2, 0},
+    {u"a-whdload", strings::model_whdload, u"3x0-a4000", u"68020", u"68882", {kChip5, 2 * M}, {kFast2, 0},
      {kSlow1, 0}, Z3Rule::flexible, 2 * M, true, true, true, true, kRomsA4xxx},
-    {u"a-aros", 2011, u"aros-latest", u"68020", u"68882", {kChip5, 2 * M}, {kFast2, 0}, {kSlow1, 0},
+    {u"a-aros", strings::model_aros, u"aros-latest", u"68020", u"68882", {kChip5, 2 * M}, {kFast2, 0}, {kSlow1, 0},
      Z3Rule::flexible, 2 * M, true, true, true, true, kRomsAros},
-    {u"a-cdtv", 2012, u"130", u"68000", u"", {kChip6, 1 * M}, {kFast1, 0}, {kSlow1, 0},
+    {u"a-cdtv", strings::model_cdtv, u"130", u"68000", u"", {kChip6, 1 * M}, {kFast1, 0}, {kSlow1, 0},
      Z3Rule::none, 1 * M, false, false, false, false, kRomsCdtv},
-    {u"a-cd32", 2013, u"310-cd32", u"68EC020", u"", {kChip4, 2 * M}, {kFast1, 0}, {kSlow1, 0},
+    {u"a-cd32", strings::model_cd32, u"310-cd32", u"68EC020", u"", {kChip4, 2 * M}, {kFast1, 0}, {kSlow1, 0},
      Z3Rule::none, 0, false, false, false, false, kRomsCd32},
-    {u"a-walker", 2014, u"320-walker", u"68030", u"68882", {kChip4, 2 * M}, {kFast1, 4 * M},
+    {u"a-walker", strings::model_walker, u"320-walker", u"68030", u"68882", {kChip4, 2 * M}, {kFast1, 4 * M},
      {kSlow1, 0}, Z3Rule::small, 0, true, false, false, false, kRomsWalker},
 };
 
@@ -95,15 +95,19 @@ constexpr std::u16string_view k32BitCpus[] = {u"68020", u"68030", u"68040", u"68
 struct RomName {
     std::u16string_view id;
     bool is_prefix;
-    std::uint16_t display_name;
+    StringId display_name;
 };
 constexpr RomName kRomNames[] = {
-    {u"070", false, 2020},        {u"100", false, 2021},      {u"110-ntsc", false, 2022},
-    {u"110-pal", false, 2023},    {u"120", false, 2024},      {u"130", true, 2025},
-    {u"140", true, 2026},         {u"204", true, 2027},       {u"205", true, 2028},
-    {u"300", true, 2029},         {u"310", true, 2030},       {u"3x0", true, 2031},
-    {u"320-walker", false, 2032}, {u"logica-dialoga-200", false, 2033},
-    {u"aros-latest", false, 2034}, {u"amiga-boot-a1000", false, 2035},
+    {u"070", false, strings::rom_070},           {u"100", false, strings::rom_100},
+    {u"110-ntsc", false, strings::rom_110_ntsc}, {u"110-pal", false, strings::rom_110_pal},
+    {u"120", false, strings::rom_120},           {u"130", true, strings::rom_130},
+    {u"140", true, strings::rom_140},            {u"204", true, strings::rom_204},
+    {u"205", true, strings::rom_205},            {u"300", true, strings::rom_300},
+    {u"310", true, strings::rom_310},            {u"3x0", true, strings::rom_3x0},
+    {u"320-walker", false, strings::rom_320_walker},
+    {u"logica-dialoga-200", false, strings::rom_logica_dialoga_200},
+    {u"aros-latest", false, strings::rom_aros_latest},
+    {u"amiga-boot-a1000", false, strings::no_kickstart},
 };
 
 } // namespace
@@ -126,7 +130,7 @@ bool is_32bit_cpu(std::u16string_view cpu_id) {
     });
 }
 
-std::uint16_t rom_display_name(std::u16string_view rom_id) {
+StringId rom_display_name(std::u16string_view rom_id) {
     for (const RomName& name : kRomNames)
         if (name.is_prefix ? starts_with_ignoring_case(rom_id, name.id) : equal_ignoring_case(rom_id, name.id))
             return name.display_name;

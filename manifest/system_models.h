@@ -2,6 +2,8 @@
 // The Amiga models: their defaults, memory choices and selectable ROMs. Model ids compare
 // without regard to case; an unknown or missing id is the "a-500" row.
 
+#include "string_ids.h"
+
 #include <array>
 #include <cstdint>
 #include <optional>
@@ -22,7 +24,7 @@ enum class Z3Rule { none, small, large, flexible };
 
 struct ModelRow {
     std::u16string_view id;
-    std::uint16_t display_name;  // string id
+    StringId display_name;
     std::u16string_view rom, cpu, fpu;  // default ROM, CPU and FPU ids; fpu empty: none
     MemoryChoice chip, fast, slow;
     Z3Rule z3;
@@ -59,8 +61,8 @@ inline constexpr std::array<std::u16string_view, 9> kCpuIds{
 // Whether the CPU addresses 32 bits ("68EC020" deliberately does not count).
 bool is_32bit_cpu(std::u16string_view cpu_id);
 
-// A ROM id's display name (a string id), 0 for an id that has none.
-std::uint16_t rom_display_name(std::u16string_view rom_id);
+// A ROM id's display name, 0 for an id that has none.
+StringId rom_display_name(std::u16string_view rom_id);
 // 395 for "3x0" and "aros" ids; otherwise the decimal number at the start of the id (0: none).
 std::uint32_t rom_version(std::u16string_view rom_id);
 

@@ -3,11 +3,11 @@
 #include "common/integer_text.h"
 #include "common/windows_path.h"
 #include "media/empty_medium.h"
-#include "module/string_ids.h"
 #include "platform/file_operations.h"
 #include "platform/files.h"
 #include "platform/message_box.h"
 #include "platform/string_table.h"
+#include "string_ids.h"
 
 #include <cstdio>
 
@@ -51,8 +51,8 @@ HResult propose_blank_disk(BlankDiskKind kind, std::u16string_view data_root, st
         const HResult made = make_empty_medium(0, medium_kind, &proposal.empty_medium);
         if (made == status::from_win32(platform::system_error::not_found)) {
             platform::show_message_box(parent_window,
-                                       platform::load_string(string_id::blank_disk_template_missing, kMaxMessageChars),
-                                       platform::load_string(string_id::create_blank_disk, kMaxMessageChars),
+                                       platform::load_string(strings::blank_disk_template_missing, kMaxMessageChars),
+                                       platform::load_string(strings::create_blank_disk, kMaxMessageChars),
                                        platform::kMessageBoxDefault);
         }
         if (made != status::ok) return made;

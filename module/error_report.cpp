@@ -5,9 +5,9 @@
 #include "module/host_library_link.h"
 #include "module/message_format.h"
 #include "module/record_packer.h"
-#include "module/string_ids.h"
 #include "platform/message_box.h"
 #include "platform/string_table.h"
+#include "string_ids.h"
 
 namespace kq {
 namespace {
@@ -20,7 +20,7 @@ constexpr std::size_t kIpfMessageMaxChars = 80;
 void show_report(std::u16string_view host_folder, void* parent_window, HResult code) {
     if (code == kIpfLibraryMissing) {
         const std::u16string text =
-            platform::load_string(string_id::ipf_library_missing, kIpfMessageMaxChars);
+            platform::load_string(strings::ipf_library_missing, kIpfMessageMaxChars);
         HostLibraryLink link(host_folder);
         link.show_error_message(kIpfContext,
                                 static_cast<std::uint32_t>(
@@ -30,13 +30,13 @@ void show_report(std::u16string_view host_folder, void* parent_window, HResult c
     }
     if (status::facility(code) != status::kFacilityInterface) return;
 
-    const auto text_id = static_cast<std::uint16_t>(static_cast<std::uint32_t>(code) & 0xFFFFu);
+    const auto text_id = static_cast<StringId>(static_cast<std::uint32_t>(code) & 0xFFFFu);
     const std::u16string message = platform::load_string(text_id, kMaxLoadedTextChars);
     // A status that names no text of the module has nothing to tell the user.
     if (message.empty()) return;
     const std::optional<std::u16string> text = format_message_keeping_inserts(message);
     const std::u16string caption =
-        platform::load_string(string_id::add_media_files, kMaxLoadedTextChars);
+        platform::load_string(strings::add_media_files, kMaxLoadedTextChars);
     platform::show_message_box(parent_window, text.value_or(message), caption,
                                platform::kMessageBoxDefault);
 }

@@ -2,6 +2,8 @@
 // The platform options that the host lists, in the order of their index. Texts are ids of the
 // module's string table (0: none).
 
+#include "string_ids.h"
+
 #include <array>
 #include <cstdint>
 #include <string_view>
@@ -14,48 +16,49 @@ enum class OptionDevices { none, printers, serial_ports, midi_inputs, midi_outpu
 struct OptionRow {
     std::u16string_view name;  // also the registry value name; compared with letter case
     OptionType type;
-    std::uint16_t label, description, group_label, group_description;
+    StringId label, description, group_label, group_description;
     std::u16string_view value_when_absent;
     std::u16string_view default_value;
     // Choice lists: the fixed first choice, then "default" when that kind of device exists (and
     // the option offers it), then one choice per device.
     OptionDevices devices = OptionDevices::none;
     std::u16string_view first_choice_value = {};
-    std::uint16_t first_choice_label = 0;
+    StringId first_choice_label = 0;
     bool offers_default_device = false;
     // An older boolean of the opposite sense, read when this one is not stored.
     std::u16string_view inverse_legacy_name = {};
 };
 
 inline constexpr std::u16string_view kDefaultDeviceValue = u"default";
-inline constexpr std::uint16_t kDefaultDeviceLabel = 329;
+inline constexpr StringId kDefaultDeviceLabel = strings::default_device;
 
 inline constexpr std::array kOptionTable{
-    OptionRow{.name = u"MouseHack", .type = OptionType::boolean, .label = 332, .description = 333,
-              .group_label = 330, .group_description = 331, .value_when_absent = u"0",
+    OptionRow{.name = u"MouseHack", .type = OptionType::boolean, .label = strings::synchronize_mouse_label,
+              .description = strings::synchronize_mouse_description, .group_label = strings::mouse_pointer_group_label,
+              .group_description = strings::mouse_pointer_group_description, .value_when_absent = u"0",
               .default_value = u"0"},
-    OptionRow{.name = u"AutoMouseUntrap", .type = OptionType::boolean, .label = 334,
-              .description = 335, .group_label = 330, .group_description = 331,
-              .value_when_absent = u"1", .default_value = u"1",
-              .inverse_legacy_name = u"DisableMagicMouse"},
-    OptionRow{.name = u"WindowsPrinter", .type = OptionType::choice, .label = 182,
-              .description = 183, .group_label = 0, .group_description = 0,
+    OptionRow{.name = u"AutoMouseUntrap", .type = OptionType::boolean, .label = strings::auto_mouse_untrap_label,
+              .description = strings::auto_mouse_untrap_description, .group_label = strings::mouse_pointer_group_label,
+              .group_description = strings::mouse_pointer_group_description, .value_when_absent = u"1",
+              .default_value = u"1", .inverse_legacy_name = u"DisableMagicMouse"},
+    OptionRow{.name = u"WindowsPrinter", .type = OptionType::choice, .label = strings::windows_printer_label,
+              .description = strings::windows_printer_description, .group_label = 0, .group_description = 0,
               .value_when_absent = u"", .default_value = u"", .devices = OptionDevices::printers,
-              .first_choice_value = u"", .first_choice_label = 184},
-    OptionRow{.name = u"WindowsSerial", .type = OptionType::choice, .label = 458,
-              .description = 459, .group_label = 0, .group_description = 0,
+              .first_choice_value = u"", .first_choice_label = strings::default_printer},
+    OptionRow{.name = u"WindowsSerial", .type = OptionType::choice, .label = strings::windows_serial_port_label,
+              .description = strings::windows_serial_port_description, .group_label = 0, .group_description = 0,
               .value_when_absent = u"", .default_value = u"", .devices = OptionDevices::serial_ports,
-              .first_choice_value = u"", .first_choice_label = 460},
-    OptionRow{.name = u"WindowsMIDIIn", .type = OptionType::choice, .label = 324,
-              .description = 325, .group_label = 0, .group_description = 0,
-              .value_when_absent = u"none", .default_value = u"none",
-              .devices = OptionDevices::midi_inputs, .first_choice_value = u"none",
-              .first_choice_label = 328, .offers_default_device = true},
-    OptionRow{.name = u"WindowsMIDIOut", .type = OptionType::choice, .label = 326,
-              .description = 327, .group_label = 0, .group_description = 0,
-              .value_when_absent = u"none", .default_value = u"none",
-              .devices = OptionDevices::midi_outputs, .first_choice_value = u"none",
-              .first_choice_label = 328, .offers_default_device = true},
+              .first_choice_value = u"", .first_choice_label = strings::no_serial_port},
+    OptionRow{.name = u"WindowsMIDIIn", .type = OptionType::choice, .label = strings::windows_midi_input_label,
+              .description = strings::windows_midi_input_description, .group_label = 0, .group_description = 0,
+              .value_when_absent = u"none", .default_value = u"none", .devices = OptionDevices::midi_inputs,
+              .first_choice_value = u"none", .first_choice_label = strings::no_midi_device,
+              .offers_default_device = true},
+    OptionRow{.name = u"WindowsMIDIOut", .type = OptionType::choice, .label = strings::windows_midi_output_label,
+              .description = strings::windows_midi_output_description, .group_label = 0, .group_description = 0,
+              .value_when_absent = u"none", .default_value = u"none", .devices = OptionDevices::midi_outputs,
+              .first_choice_value = u"none", .first_choice_label = strings::no_midi_device,
+              .offers_default_device = true},
 };
 
 } // namespace kq

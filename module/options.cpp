@@ -32,7 +32,7 @@ std::vector<std::u16string> devices_of(OptionDevices devices) {
     return {};
 }
 
-TextRef id(std::uint16_t string_id) {
+TextRef id(StringId string_id) {
     return string_id == 0 ? TextRef() : TextRef::from_string_id(string_id);
 }
 

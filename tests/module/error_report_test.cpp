@@ -2,6 +2,7 @@
 
 #include "tests/support/fake_data_access_client.h"
 #include "tests/support/message_box_capture.h"
+#include "string_ids.h"
 #include "tests/support/test_paths.h"
 
 #include <gtest/gtest.h>
@@ -39,11 +40,11 @@ TEST(ErrorReport, EachStatusTakesItsOwnPath) {
          std::nullopt, kParentWindow},
         {"missing IPF library, host library without functions", kIpfLibraryMissing,
          u"without-entries", false, std::nullopt, kParentWindow},
-        {"interface failure naming a text", interface_status(1, 515), u"with-library", false,
+        {"interface failure naming a text", interface_status(1, strings::empty_drive), u"with-library", false,
          Box{u"Empty", u"Add Media Files"}, nullptr},
-        {"interface success naming a text", interface_status(0, 410), u"with-library", false,
+        {"interface success naming a text", interface_status(0, strings::not_available), u"with-library", false,
          Box{u"N/A", u"Add Media Files"}, nullptr},
-        {"template expanded, inserts kept", interface_status(1, 511), u"with-library", false,
+        {"template expanded, inserts kept", interface_status(1, strings::floppy_drive_template), u"with-library", false,
          Box{u"Floppy disk drive DF%1!d!:\r\n%2", u"Add Media Files"}, nullptr},
         {"interface status naming no text", interface_status(1, 11), u"with-library", false,
          std::nullopt, nullptr},

@@ -1,5 +1,7 @@
 #include "module/record_packer.h"
 
+#include "string_ids.h"
+
 #include <gtest/gtest.h>
 
 #include <array>
@@ -41,19 +43,18 @@ std::u16string text_at(const std::byte* pointer) {
 
 std::size_t string_bytes(std::u16string_view text) { return (text.size() + 1) * 2; }
 
-// Packs a record shaped like an option of three choices; ids 324, 328 and 329 are texts of
-// the string table.
+// Packs a record shaped like an option of three choices, with three texts of the string table.
 platform::HeapBlock pack_option_like(Heap heap, std::size_t& bytes) {
     RecordPacker packer(kHeader);
     packer.set_u32(kType, 2);
     packer.set_u32(kCount, 3);
     packer.add_text(kName, u"WindowsMIDIIn");
-    packer.add_text(kLabel, TextRef::from_string_id(324));
+    packer.add_text(kLabel, TextRef::from_string_id(strings::windows_midi_input_label));
     packer.add_text(kDescription, u"");
     packer.add_text(kGroup, TextRef());
     const std::array<TextRef, 3> values{u"none", u"default", u"Synth \u00e9"};
-    const std::array<TextRef, 3> labels{TextRef::from_string_id(328),
-                                        TextRef::from_string_id(329), u"Synth \u00e9"};
+    const std::array<TextRef, 3> labels{TextRef::from_string_id(strings::no_midi_device),
+                                        TextRef::from_string_id(strings::default_device), u"Synth \u00e9"};
     const std::array<TextRef, 3> descriptions{u"d1", TextRef(), u"d3"};
     packer.add_text_array(kValues, values);
     packer.add_text_array(kLabels, labels);
@@ -83,13 +84,13 @@ TEST(RecordPacker, LaysOutHeaderArraysThenStringsInTheOrderAdded) {
         std::u16string_view text;
     } expected[] = {
         {kName, u"WindowsMIDIIn"},
-        {kLabel, u"Windows MIDI Input"},  // id 324 replaced by its text
+        {kLabel, u"Windows MIDI Input"},  // the id replaced by its text
         {kDescription, u""},
         {kHeader + 0 * 8, u"none"},
         {kHeader + 1 * 8, u"default"},
         {kHeader + 2 * 8, u"Synth \u00e9"},
-        {kHeader + 3 * 8, u"None"},     // 328
-        {kHeader + 4 * 8, u"Default"},  // 329
+        {kHeader + 3 * 8, u"None"},
+        {kHeader + 4 * 8, u"Default"},
         {kHeader + 5 * 8, u"Synth \u00e9"},
         {kHeader + 6 * 8, u"d1"},
         {kHeader + 8 * 8, u"d3"},

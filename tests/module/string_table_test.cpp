@@ -1,4 +1,5 @@
 #include "platform/string_table.h"
+#include "string_ids.h"
 
 #include <gtest/gtest.h>
 
@@ -12,24 +13,24 @@ TEST(StringTable, LoadsTextsAsWritten) {
         std::uint32_t id;
         std::u16string_view text;
     } rows[] = {
-        {130, u"IPF Support Library Not Found"},
-        {180, u"Add Media Files"},
-        {511, u"Floppy disk drive DF%1!d!:\n%2"},
-        {352, u","},
-        {363, u" and"},
-        {1135, u"WinUAE Configuration Files (*.uae)"},
-        {522, u"English - US (usa0 or usa1)"},
+        {strings::ipf_library_missing, u"IPF Support Library Not Found"},
+        {strings::add_media_files, u"Add Media Files"},
+        {strings::floppy_drive_template, u"Floppy disk drive DF%1!d!:\n%2"},
+        {strings::list_comma, u","},
+        {strings::list_and, u" and"},
+        {strings::uae_filter_name, u"WinUAE Configuration Files (*.uae)"},
+        {strings::keyboard_layout_en_us, u"English - US (usa0 or usa1)"},
     };
     for (const auto& row : rows) EXPECT_EQ(platform::load_string(row.id, 2048), row.text) << row.id;
-    const std::u16string quoted = platform::load_string(335, 2048);
+    const std::u16string quoted = platform::load_string(strings::auto_mouse_untrap_description, 2048);
     EXPECT_NE(quoted.find(u"\"pushed out\""), std::u16string::npos);
 }
 
 TEST(StringTable, MissingIdsAreEmptyAndLongTextsAreCut) {
     EXPECT_EQ(platform::load_string(1, 2048), u"");
     EXPECT_EQ(platform::load_string(65535, 2048), u"");
-    EXPECT_EQ(platform::load_string(130, 3), u"IPF");
-    EXPECT_EQ(platform::load_string(130, 0), u"");
+    EXPECT_EQ(platform::load_string(strings::ipf_library_missing, 3), u"IPF");
+    EXPECT_EQ(platform::load_string(strings::ipf_library_missing, 0), u"");
 }
 
 } // namespace
