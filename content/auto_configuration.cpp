@@ -5,6 +5,7 @@
 #include "common/integer_text.h"
 #include "common/windows_path.h"
 #include "manifest/manifest_document.h"
+#include "media/image_formats.h"
 #include "media/cue_sheet.h"
 
 #include <algorithm>
@@ -17,6 +18,7 @@ namespace {
 using manifest::Element;
 using manifest::ManifestDocument;
 using media::AnalysisClass;
+using media::MediumKind;
 using platform::FileTime;
 
 constexpr std::u16string_view kDefaultModel = u"a-500";
@@ -34,39 +36,27 @@ constexpr std::u16string_view kA1200FastMemory = u"8388608";
 constexpr std::u16string_view kSystemHardDisk = u"311", kSystemFloppy = u"134";
 constexpr std::uint32_t kMostA1200FloppyDrives = 4;
 
-struct KindByExtension {
-    std::u16string_view extension;
-    MediaKind kind;
-};
-
-constexpr KindByExtension kKindsByExtension[] = {
-    {u"hdf", MediaKind::hard_drive},
-    {u"hdz", MediaKind::hard_drive},
-    {u"iso", MediaKind::cd},
-    {u"cue", MediaKind::cd},
-};
-
 struct KindElement {
-    MediaKind kind;
+    MediumKind kind;
     const char* element;
 };
 
 constexpr KindElement kKindElements[] = {
-    {MediaKind::floppy, "floppy"},
-    {MediaKind::hard_drive, "harddrive"},
-    {MediaKind::cd, "cd"},
+    {MediumKind::floppy, "floppy"},
+    {MediumKind::hard_disk, "harddrive"},
+    {MediumKind::cd, "cd"},
 };
 
-const char* element_of(MediaKind kind) {
+const char* element_of(MediumKind kind) {
     return std::ranges::find(kKindElements, kind, &KindElement::kind)->element;
 }
 
-bool has_extension(std::u16string_view path, std::u16string_view extension) {
-    const std::optional<std::u16string_view> found = extension_of(path);
-    return found && equal_ignoring_case(*found, extension);
-}
+bool is_disc_image(std::u16string_view path) { return media_kind_of(path) == MediumKind::cd; }
 
-bool is_disc_image(std::u16string_view path) { return has_extension(path, u"iso") || has_extension(path, u"cue"); }
+bool is_format(std::u16string_view path, MediumKind kind, media::ImageContainer container) {
+    const media::ImageFormat* format = media::image_format_of(path);
+    return format != nullptr && format->kind == kind && format->container == container;
+}
 
 struct CatalogMedia {
     std::vector<std::u16string> paths;
@@ -81,8 +71,8 @@ CatalogMedia collect_media(const ManifestDocument& document) {
          medium = manifest::find_child_element("", list, medium)) {
         manifest::Text path = manifest::element_text(medium);
         if (!path) continue;
-        if (has_extension(*path, u"cue")) media.last_cue = *path;
-        if (has_extension(*path, u"iso")) media.last_iso = *path;
+        if (is_format(*path, MediumKind::cd, media::ImageContainer::cue_sheet)) media.last_cue = *path;
+        if (is_format(*path, MediumKind::cd, media::ImageContainer::plain)) media.last_iso = *path;
         media.paths.push_back(std::move(*path));
     }
     return media;
@@ -162,13 +152,13 @@ HResult find_boot_medium(const std::vector<std::u16string>& paths, const MediumA
             boot = i;
             return status::ok;
         }
-        if (i == 0 && media_kind_of(paths[i]) != MediaKind::floppy) {
+        if (i == 0 && media_kind_of(paths[i]) != MediumKind::floppy) {
             boot = i;
             return status::ok;
         }
     }
     const auto not_floppy =
-        std::ranges::find_if(paths, [](const std::u16string& path) { return media_kind_of(path) != MediaKind::floppy; });
+        std::ranges::find_if(paths, [](const std::u16string& path) { return media_kind_of(path) != MediumKind::floppy; });
     if (not_floppy != paths.end()) boot = static_cast<std::size_t>(not_floppy - paths.begin());
     return status::ok;
 }
@@ -236,9 +226,9 @@ HResult rebuild(ManifestDocument& document, const std::vector<std::u16string>& p
         }
     }
     for (const std::u16string& path : paths) {
-        const MediaKind kind = media_kind_of(path);
+        const MediumKind kind = media_kind_of(path);
         edit.add(media, element_of(kind), path);
-        if (kind == MediaKind::floppy) ++floppies;
+        if (kind == MediumKind::floppy) ++floppies;
     }
     const Machine machine = machine_for(model, floppies);
     edit.add(configuration, "system", model);
@@ -256,12 +246,9 @@ HResult rebuild(ManifestDocument& document, const std::vector<std::u16string>& p
 
 } // namespace
 
-MediaKind media_kind_of(std::u16string_view path) {
-    const std::optional<std::u16string_view> extension = extension_of(path);
-    if (!extension) return MediaKind::floppy;
-    for (const KindByExtension& known : kKindsByExtension)
-        if (equal_ignoring_case(*extension, known.extension)) return known.kind;
-    return MediaKind::floppy;
+MediumKind media_kind_of(std::u16string_view path) {
+    const media::ImageFormat* format = media::image_format_of(path);
+    return format != nullptr ? format->kind : MediumKind::floppy;
 }
 
 MediumAnalyser media_layer_analyser() {

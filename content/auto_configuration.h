@@ -15,9 +15,9 @@
 
 namespace kq::content {
 
-// The kind of drive that takes a medium, by the path's extension alone.
-enum class MediaKind { floppy, hard_drive, cd };
-MediaKind media_kind_of(std::u16string_view path);
+// The kind of drive that takes a medium, by the path's extension alone: hard disk and CD images
+// by their formats, every other path (no extension, an unknown one) a floppy.
+media::MediumKind media_kind_of(std::u16string_view path);
 
 // How the media are analysed: the media layer's analysis, or a test's.
 using MediumAnalyser = std::function<media::AnalysisFailure(std::u16string_view path, media::MediumAnalysis&)>;

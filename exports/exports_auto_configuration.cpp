@@ -17,7 +17,8 @@ namespace {
 // The emulator configuration file at `path`; E_INVALIDARG unless its extension is "uae".
 kq::HResult import_configuration(std::u16string_view path, std::optional<std::string>& xml) {
     const std::optional<std::u16string_view> extension = kq::extension_of(path);
-    if (!extension || !kq::equal_ignoring_case(*extension, u"uae")) return kq::status::invalid_argument;
+    if (!extension || !kq::equal_ignoring_case(*extension, kq::content::kConfigurationFileExtension))
+        return kq::status::invalid_argument;
     std::string text;
     if (const kq::HResult imported = kq::content::import_emulator_configuration(path, text);
         imported != kq::status::ok)

@@ -1,9 +1,9 @@
 #include "media/copy_medium.h"
 
-#include "common/compare.h"
 #include "common/windows_path.h"
 #include "media/cue_sheet.h"
 #include "media/dms/dms_unpacker.h"
+#include "media/image_formats.h"
 #include "media/compression/inflate.h"
 #include "platform/file_operations.h"
 #include "platform/files.h"
@@ -26,14 +26,10 @@ bool has_non_ascii(std::u16string_view text) {
 
 // With kCopyMediumConvert, the kind of unpacking by the name's extension, and the name after it.
 Conversion conversion_of(std::u16string& name) {
-    const FileNameParts parts = file_name_parts(name);
-    if (!parts.extension) return Conversion::none;
-    const bool hdz = equal_ignoring_case(*parts.extension, u"hdz");
-    const bool adz = equal_ignoring_case(*parts.extension, u"adz");
-    const bool dms = equal_ignoring_case(*parts.extension, u"dms");
-    if (!hdz && !adz && !dms) return Conversion::none;
-    name = std::u16string(parts.stem) + (hdz ? u".hdf" : u".adf");
-    return dms ? Conversion::unpack_dms : Conversion::inflate;
+    const ImageFormat* format = image_format_of(name);
+    if (format == nullptr || !is_packed(*format)) return Conversion::none;
+    name = std::u16string(file_name_parts(name).stem) + u'.' + std::u16string(unpacked_extension(*format));
+    return format->container == ImageContainer::dms ? Conversion::unpack_dms : Conversion::inflate;
 }
 
 void make_writable(std::u16string_view path) {
@@ -146,13 +142,15 @@ HResult copy_medium_file(std::u16string_view source_path, std::u16string_view ta
     case Conversion::unpack_dms:
         result = unpack_dms_file(source, path) == DmsError::none ? status::ok : kInvalidData;
         break;
-    case Conversion::none:
+    case Conversion::none: {
         result = copy_plain(source, path);
-        if (result == status::ok && ends_with_ignoring_case(source_name, u".cue")) {
+        const ImageFormat* format = image_format_of(source_name);
+        if (result == status::ok && format != nullptr && format->container == ImageContainer::cue_sheet) {
             result = copy_cue_data_files(source, folder);
             if (result != status::ok) platform::delete_file_robustly(path);  // a sheet without its files
         }
         break;
+    }
     }
     if (conversion != Conversion::none) {
         if (result != status::ok) {

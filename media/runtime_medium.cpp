@@ -7,6 +7,7 @@
 #include "common/windows_path.h"
 #include "media/compression/deflate.h"
 #include "media/compression/inflate.h"
+#include "media/image_formats.h"
 #include "platform/file_operations.h"
 #include "platform/files.h"
 
@@ -29,15 +30,12 @@ constexpr std::size_t kMaxRecordPathBytes = platform::kMaxPathChars * sizeof(cha
 constexpr HResult kPathTooLong = status::from_win32(platform::system_error::buffer_overflow);
 constexpr std::uint32_t kInflaterFailure = 0x80040000u;
 
-enum class ImageKind { other, plain, compressed };
-
-// The kind by the last four characters, for names of at least five.
-ImageKind image_kind(std::u16string_view path) {
-    if (path.size() < 5) return ImageKind::other;
-    const std::u16string_view extension = path.substr(path.size() - 4);
-    if (equal_ignoring_case(extension, u".adf") || equal_ignoring_case(extension, u".hdf")) return ImageKind::plain;
-    if (equal_ignoring_case(extension, u".adz") || equal_ignoring_case(extension, u".hdz")) return ImageKind::compressed;
-    return ImageKind::other;
+// The format of an image that gets a working copy, by its extension; a name needs at least one
+// character before the extension's dot. nullptr for every other image.
+const ImageFormat* working_copy_format(std::u16string_view path) {
+    const ImageFormat* format = image_format_of(path);
+    if (format == nullptr || path.size() <= format->extension.size() + 1 || !takes_working_copy(*format)) return nullptr;
+    return format;
 }
 
 std::u16string guid_text(const platform::Guid& guid) {
@@ -180,7 +178,8 @@ HResult write_back(std::u16string_view working_copy, const std::u16string& image
     if (const std::optional<std::uint32_t> attributes = platform::file_attributes(image_path);
         attributes && (*attributes & platform::kAttributeReadOnly) != 0)
         return status::from_win32(platform::system_error::access_denied);
-    if (image_kind(image_path) == ImageKind::compressed)
+    const ImageFormat* format = working_copy_format(image_path);
+    if (format != nullptr && format->container == ImageContainer::gzip)
         return write_beside(image_path, [&](std::u16string_view target) { return deflate_file(working_copy, target, image_path);
         });
     if (same_drive(working_copy, image_path) && replace_by_renaming(working_copy, image_path)) return status::ok;
@@ -208,8 +207,8 @@ std::optional<std::u16string> runtime_folder() {
 }
 
 HResult make_runtime_medium(const RuntimeMediumRequest& request, std::u16string& working_copy) {
-    const ImageKind kind = image_kind(request.image_path);
-    if (kind == ImageKind::other) return status::nothing_more;
+    const ImageFormat* format = working_copy_format(request.image_path);
+    if (format == nullptr) return status::nothing_more;
 
     const std::optional<std::u16string> folder = runtime_folder();
     if (!folder) return status::failed;
@@ -237,7 +236,7 @@ HResult make_runtime_medium(const RuntimeMediumRequest& request, std::u16string&
         if (platform::file_exists(alternate)) source = std::move(alternate);
     }
 
-    if (kind == ImageKind::compressed) {
+    if (format->container == ImageContainer::gzip) {
         working_copy.back() = u'f';
         if (const InflateError error = inflate_file(source, working_copy); error != InflateError::none)
             return static_cast<HResult>(kInflaterFailure | static_cast<std::uint32_t>(error));

@@ -11,6 +11,9 @@
 
 namespace kq::content {
 
+// The extension of emulator configuration files.
+inline constexpr std::u16string_view kConfigurationFileExtension = u"uae";
+
 // Reads the configuration file at `path` and returns the catalog document as UTF-8 XML text
 // with its byte-order mark and declaration in `xml`. Statuses: S_OK; the read failure's system
 // error as an HRESULT (HRESULT_FROM_WIN32(2) for a missing file, ...(5) when access is

@@ -1,6 +1,5 @@
 #include "media/analysis/medium_analysis.h"
 
-#include "common/compare.h"
 #include "common/windows_path.h"
 #include "media/analysis/cd_analysis.h"
 #include "media/analysis/floppy_analysis.h"
@@ -19,31 +18,25 @@ namespace {
 
 enum class Reader { floppy, compressed_floppy, dms, ipf, hard_disk, compressed_hard_disk, iso, cue };
 
-struct Extension {
-    std::u16string_view extension;
-    Reader reader;
-    std::u16string_view label;
-};
-
-constexpr std::u16string_view kRawFile = u"Raw File";
 constexpr std::u16string_view kFromExtendedAdf = u"ADF from Extended ADF";
-constexpr Extension kExtensions[] = {
-    {u".adf", Reader::floppy, kRawFile},
-    {u".adz", Reader::compressed_floppy, u"ADF from ADZ"},
-    {u".dms", Reader::dms, u"ADF from DMS"},
-    {u".ipf", Reader::ipf, u"ADF from IPF"},
-    {u".hdf", Reader::hard_disk, kRawFile},
-    {u".hdz", Reader::compressed_hard_disk, u"HDF from HDZ"},
-    {u".iso", Reader::iso, kRawFile},
-    {u".cue", Reader::cue, kRawFile},
-};
 // The most that a floppy image unpacked into memory may take (a high-density disk, with room).
 constexpr std::size_t kMaxFloppyBytes = 2 * kHighDensityImageBytes;
 
-const Extension* extension_of(std::u16string_view path) {
-    for (const Extension& extension : kExtensions)
-        if (ends_with_ignoring_case(path, extension.extension)) return &extension;
-    return nullptr;
+// The reader of a format; a file of no known format is read as a plain floppy, and so is a
+// flux image, which holds no sectors to read.
+Reader reader_of(const ImageFormat* format) {
+    if (format == nullptr) return Reader::floppy;
+    const bool floppy = format->kind == MediumKind::floppy;
+    switch (format->container) {
+    case ImageContainer::plain:
+        return format->kind == MediumKind::cd ? Reader::iso : floppy ? Reader::floppy : Reader::hard_disk;
+    case ImageContainer::gzip: return floppy ? Reader::compressed_floppy : Reader::compressed_hard_disk;
+    case ImageContainer::dms: return Reader::dms;
+    case ImageContainer::ipf: return Reader::ipf;
+    case ImageContainer::cue_sheet: return Reader::cue;
+    case ImageContainer::flux: return Reader::floppy;
+    }
+    return Reader::floppy;
 }
 
 // Collects an unpacked floppy image, up to a limit.
@@ -110,9 +103,9 @@ AnalysisFailure analyse_cue(std::u16string_view path, MediumAnalysis& analysis) 
 
 AnalysisFailure analyse_medium(std::u16string_view path, MediumAnalysis& analysis, const HardDiskGeometry* geometry) {
     analysis = MediumAnalysis();
-    const Extension* extension = extension_of(path);
-    analysis.conversion_label = extension != nullptr ? extension->label : kRawFile;
-    const Reader reader = extension != nullptr ? extension->reader : Reader::floppy;
+    const ImageFormat* format = image_format_of(path);
+    analysis.conversion_label = format != nullptr ? format->conversion_label : kRawFileLabel;
+    const Reader reader = reader_of(format);
     const HardDiskGeometry defaults;
     switch (reader) {
     case Reader::floppy: return analyse_plain_floppy(path, analysis);

@@ -5,6 +5,7 @@
 // Rigid Disk Block or a single volume) and CD images (ISO, CUE). Compressed images are read
 // only as far as needed.
 
+#include "media/image_formats.h"
 #include "media/medium_names.h"
 #include "platform/clock.h"
 
@@ -15,8 +16,6 @@
 #include <vector>
 
 namespace kq::media {
-
-enum class MediumKind { floppy, hard_disk, cd };
 
 // How a medium starts the machine.
 enum class AnalysisClass : std::uint32_t {

@@ -218,13 +218,14 @@ TEST_F(AutoConfiguration, AnalysisFailuresStopTheCall) {
 }
 
 TEST(MediaKind, ByExtensionAlone) {
+    using media::MediumKind;
     const struct {
         std::u16string_view path;
-        MediaKind kind;
+        MediumKind kind;
     } rows[] = {
-        {u"C:\\a.hdf", MediaKind::hard_drive}, {u"C:\\a.HDZ", MediaKind::hard_drive}, {u"C:\\a.iso", MediaKind::cd},
-        {u"C:\\a.Cue", MediaKind::cd},         {u"C:\\a.adf", MediaKind::floppy},     {u"C:\\hdf", MediaKind::floppy},
-        {u"C:\\a.hdf.adz", MediaKind::floppy}, {u"C:\\a.iso\\b", MediaKind::floppy},  {u"C:\\a.", MediaKind::floppy},
+        {u"C:\\a.hdf", MediumKind::hard_disk}, {u"C:\\a.HDZ", MediumKind::hard_disk}, {u"C:\\a.iso", MediumKind::cd},
+        {u"C:\\a.Cue", MediumKind::cd},         {u"C:\\a.adf", MediumKind::floppy},     {u"C:\\hdf", MediumKind::floppy},
+        {u"C:\\a.hdf.adz", MediumKind::floppy}, {u"C:\\a.iso\\b", MediumKind::floppy},  {u"C:\\a.", MediumKind::floppy},
     };
     for (const auto& row : rows) EXPECT_EQ(media_kind_of(row.path), row.kind) << utf8(row.path);
 }
