@@ -5,7 +5,8 @@
  * at a time, on its own threads. Every export returns a status in the HRESULT form unless
  * noted (KQGetPlatformName returns a string; the keyboard exports return the status in a
  * 64-bit value). Strings are NUL-terminated UTF-16 in both directions; input strings are
- * borrowed for the duration of the call; paths are limited to 260 characters.
+ * borrowed for the duration of the call; paths are limited to 260 characters and may separate
+ * their elements with "\" or "/", as Windows itself allows.
  *
  * A record or string that the module hands to the host is one block; the host releases it
  * with the matching KQFree* export and never with its own allocator. Every KQFree* export
@@ -249,7 +250,7 @@ kq_status KQGetDefaultInputPortContent(const kq_char* model_id, uint32_t port,
  * KQGetRuntimeMedium: buffer receives the copy's path (truncated to buffer_chars - 1
  * characters and a NUL); alternate_folder, when given, is searched for a file of the image's
  * name first. KQ_S_FALSE for other kinds of image (nothing done); KQ_E_INVALIDARG for a null
- * path or buffer, a zero buffer_chars, a path without "\", or a caller's key that is not 36
+ * path or buffer, a zero buffer_chars, a path without "\" or "/", or a caller's key that is not 36
  * characters of a file name; KQ_E_FAIL when the temporary folder or the copy's time cannot be
  * read; KQ_STATUS_FROM_WIN32(111) when the copy's or the record's path would be too long;
  * 0x80040000 | code when inflating fails (codes 2-19: 2 input not opened, 3 output not
@@ -296,7 +297,7 @@ kq_status KQFreeEmptyMedium(kq_char* path);
  * takes the data files it names along (into the same folder under their own names; a sheet
  * that names a file outside its folder is refused with KQ_STATUS_FROM_WIN32(161)).
  * KQ_S_FALSE: nothing copied (KQ_COPY_MEDIUM_SKIP_SAME_NAME). KQ_E_INVALIDARG for a null
- * argument, a zero buffer_chars or a source without "\"; KQ_E_FAIL when no free name is left;
+ * argument, a zero buffer_chars or a source without "\" or "/"; KQ_E_FAIL when no free name is left;
  * KQ_STATUS_FROM_WIN32(80) when the target exists under KQ_COPY_MEDIUM_NO_OVERWRITE;
  * KQ_STATUS_FROM_WIN32(13) when unpacking fails (nothing is left); else the file system's error. */
 #define KQ_COPY_MEDIUM_CONVERT 0x1u        /* unpack .adz and .dms into .adf, .hdz into .hdf */
