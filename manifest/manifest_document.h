@@ -3,8 +3,8 @@
 // catalog form that auto-configuration completes ("xadml/catalog/application"); the same
 // operations serve both. Created per call, used by one thread at a time.
 //
-// Statuses: E_INVALIDARG for a missing argument, HRESULT_FROM_WIN32(4306) when no document
-// is loaded, HRESULT_FROM_WIN32(1168) when a path names no element; lookups that find nothing
+// Statuses: E_INVALIDARG for a missing argument, HRESULT_FROM_WIN32(ERROR_EMPTY) when no document
+// is loaded, HRESULT_FROM_WIN32(ERROR_NOT_FOUND) when a path names no element; lookups that find nothing
 // return null.
 
 #include "manifest/element_access.h"
@@ -52,7 +52,7 @@ public:
     Element find_element_by_path(std::string_view path) const;
     // E_FAIL when the element exists but has no text; otherwise the path lookup's status.
     HResult get_path_text(std::string_view path, Text& out) const;
-    // The path lookup's status when the element is missing, HRESULT_FROM_WIN32(1168) when the
+    // The path lookup's status when the element is missing, HRESULT_FROM_WIN32(ERROR_NOT_FOUND) when the
     // attribute is missing, E_FAIL when it is empty.
     HResult get_path_attribute(std::string_view path, const char* name, Text& out) const;
 

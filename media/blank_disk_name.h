@@ -37,7 +37,7 @@ struct BlankDiskProposal {
 // What the dialog proposes: the folder (the one the user picked, else data_root + "Shared\adf\"
 // or "Shared\hdf\") and a free name. For a floppy an empty medium is made; when its template is
 // missing, a message box over `parent_window` says so and the result is
-// HRESULT_FROM_WIN32(1168). Other failures of making the medium are returned as they are.
+// HRESULT_FROM_WIN32(ERROR_NOT_FOUND). Other failures of making the medium are returned as they are.
 HResult propose_blank_disk(BlankDiskKind kind, std::u16string_view data_root, std::u16string_view picked_folder,
                            std::u16string_view size_field, void* parent_window, BlankDiskProposal& proposal);
 

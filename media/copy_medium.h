@@ -26,9 +26,9 @@ std::u16string ascii_file_name(std::u16string_view file_name);
 
 // Copies `source` into `target_folder`; `target` receives the path written. Returns 0, 1 when
 // the name would not change (kCopyMediumSkipSameName; nothing copied), E_INVALIDARG (no "\" in
-// the source), E_FAIL (no free name), HRESULT_FROM_WIN32(80) (the target exists with
-// kCopyMediumNoOverwrite), HRESULT_FROM_WIN32(13) (unpacking failed; the partial image is
-// removed), HRESULT_FROM_WIN32(161) (a CUE sheet names a file outside its folder), or the
+// the source), E_FAIL (no free name), HRESULT_FROM_WIN32(ERROR_FILE_EXISTS) (the target exists with
+// kCopyMediumNoOverwrite), HRESULT_FROM_WIN32(ERROR_INVALID_DATA) (unpacking failed; the partial image is
+// removed), HRESULT_FROM_WIN32(ERROR_BAD_PATHNAME) (a CUE sheet names a file outside its folder), or the
 // system's error (such as a full disk; the copies this call made are removed). Every file
 // written loses its read-only and hidden attributes.
 HResult copy_medium_file(std::u16string_view source, std::u16string_view target_folder, std::uint32_t flags,

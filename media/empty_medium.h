@@ -30,8 +30,8 @@ std::u16string empty_medium_template_path(const EmptyMediumTemplate& medium);
 
 // Makes an empty medium of `kind` (only its low byte counts) and returns its path through
 // `path`; with a null `path`, only checks that the template is there. Failures: E_INVALIDARG
-// (must_be_zero not 0, a kind other than 0 or 1), HRESULT_FROM_WIN32(1168) (no template),
-// HRESULT_FROM_WIN32(111) (path too long), or the system's error making the folder or the copy,
+// (must_be_zero not 0, a kind other than 0 or 1), HRESULT_FROM_WIN32(ERROR_NOT_FOUND) (no template),
+// HRESULT_FROM_WIN32(ERROR_BUFFER_OVERFLOW) (path too long), or the system's error making the folder or the copy,
 // after which nothing is left behind. The dates are stamped when they can be; a failure there
 // leaves the template's dates.
 HResult make_empty_medium(std::uint32_t must_be_zero, std::uint32_t kind, std::u16string* path);

@@ -37,7 +37,7 @@ struct RuntimeMediumRequest {
 // 1 when the image is not an ADF, ADZ, HDF or HDZ (nothing done), or a failure:
 // E_INVALIDARG (no "\" in the path; a caller key that is not 36 characters of a file name),
 // E_FAIL (no temporary folder; the copy's time cannot be read),
-// HRESULT_FROM_WIN32(111) (paths too long), 0x80040000 | the inflater's error code, or the
+// HRESULT_FROM_WIN32(ERROR_BUFFER_OVERFLOW) (paths too long), 0x80040000 | the inflater's error code, or the
 // system's error in HRESULT form. A copy made before a later failure stays.
 HResult make_runtime_medium(const RuntimeMediumRequest& request, std::u16string& working_copy);
 
@@ -47,7 +47,7 @@ HResult check_runtime_medium(std::u16string_view working_copy, bool& changed);
 
 // Writes the copy back when `flags` ask for it and it changed, then deletes the copy and its
 // record. A failed write-back returns its error (the system's, such as a full disk, or
-// HRESULT_FROM_WIN32(5) for an image with the read-only attribute) and leaves both in place;
+// HRESULT_FROM_WIN32(ERROR_ACCESS_DENIED) for an image with the read-only attribute) and leaves both in place;
 // the user's image is then as it was.
 HResult dismiss_runtime_medium(std::u16string_view working_copy, std::uint32_t flags);
 

@@ -2,7 +2,7 @@
 // Tells the user about a failure of a media-adding path, given the status it ended with:
 //   0x00040000 (the IPF support library CAPSImg.dll is missing): the host library shows
 //       "IPF Support Library Not Found" in the host's own style (context "file.ipf", error
-//       HRESULT_FROM_WIN32(1157)); never a message box, although its facility is also 4;
+//       HRESULT_FROM_WIN32(ERROR_DLL_NOT_FOUND)); never a message box, although its facility is also 4;
 //   any other status of facility 4 (interface-specific): its low 16 bits are the id of a
 //       string of the module, shown in a message box captioned "Add Media Files";
 //   anything else: nothing.

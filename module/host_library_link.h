@@ -7,8 +7,8 @@
 // and runs under the machine-wide mutex "KQlayerDataAccessMx", which the host and its other
 // components hold around their own calls into the library:
 //   the mutex cannot be created or waited for      E_FAIL
-//   the library did not load                        HRESULT_FROM_WIN32(1154) when showing a
-//                                                   message, (1157) when closing
+//   the library did not load                        HRESULT_FROM_WIN32(ERROR_INVALID_DLL) when showing
+//                                                   a message, (ERROR_DLL_NOT_FOUND) when closing
 //   the library lacks the function                  E_NOTIMPL
 //   otherwise                                       the function's own status
 // The mutex is waited for without a time limit: never call through a link while holding

@@ -62,7 +62,7 @@ private:
 };
 
 // Reads and parses a whole configuration file. The read failure's system error as an HRESULT
-// when the file cannot be opened or read (HRESULT_FROM_WIN32(2) when it does not exist),
+// when the file cannot be opened or read (HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND) when it does not exist),
 // kConfigurationTooLarge when it is over kMaxConfigurationBytes.
 HResult read_uae_configuration(std::u16string_view path, UaeConfiguration& out);
 
