@@ -22,6 +22,8 @@ packages=(
   libxkbcommon-dev xkb-data libx11-data
   # fuzzing and sanitizers with clang
   clang lld libclang-rt-14-dev
+  # the layout of the C and C++ sources (scripts/format.sh)
+  clang-format
   # independent tools that the tests and benchmarks check the media code against
   gzip zip unzip 7zip xdms unadf genisoimage
 )
