@@ -1,5 +1,6 @@
 #include "platform/file_operations.h"
 
+#include "common/integer_text.h"
 #include "common/windows_path.h"
 #include "platform/files.h"
 
@@ -38,7 +39,9 @@ std::optional<std::u16string> first_free_file_name(std::u16string_view folder, s
     for (int n = 1; n <= most; ++n) {
         std::u16string candidate(parts.stem);
         if (n >= 2) {
-            for (const char c : "(" + std::to_string(n) + ")") candidate += static_cast<char16_t>(c);
+            candidate += u'(';
+            candidate += decimal_text(n);
+            candidate += u')';
         }
         if (parts.extension) {
             candidate += u'.';
