@@ -11,7 +11,7 @@
 #include "input/raw_key_strings.h"
 #include "kq_amiga.h"
 #include "module/guard.h"
-#include "module/host_text.h"
+#include "platform/heap.h"
 #include "platform/string_table.h"
 
 
@@ -94,9 +94,11 @@ extern "C" kq_status KQGetStringRawKeys(const kq_char* text, KQKeyboardInputData
     if (text == nullptr) return KQ_S_OK;
     if (data == nullptr) return KQ_E_INVALIDARG;
     return kq::guard([&] {
-        const std::u16string script = kq::input::raw_key_string(*record_of(data), kq::text_view(text), mode);
-        *keys = reinterpret_cast<kq_char*>(kq::copy_text_to_heap(kq::platform::Heap::global, script));
-        return *keys != nullptr ? kq::status::ok : kq::status::out_of_memory;
+        kq::platform::HeapBlock block =
+            kq::input::raw_key_string_block(kq::platform::Heap::global, *record_of(data), kq::text_view(text), mode);
+        if (!block) return kq::status::out_of_memory;
+        *keys = static_cast<kq_char*>(block.release());
+        return kq::status::ok;
     });
 }
 
