@@ -1,5 +1,5 @@
 // Throughput and peak memory of typing a 1 MB text: the raw key string of the whole text
-// (raw_key_string, mode 0) in the en-us and de-de layouts, against libxkbcommon typing the same
+// (raw_key_string_block, mode 0, as KQGetStringRawKeys makes it) in the en-us and de-de layouts, against libxkbcommon typing the same
 // text on the matching XKB layouts (us and de with dead keys) in the same run:
 //
 //   cmake --preset bench && cmake --build --preset bench && build/bench/bench/typing_bench
@@ -17,13 +17,16 @@
 // through the compose table, collecting the characters that come out; they must be the text.
 // MB counts the text's characters, one byte each as in Latin-1. Each contender runs as a
 // process of its own (this program started again in a worker mode) that reads the text, times
-// its calls and reports the fastest; its peak resident memory is the child's (wait4).
+// its calls and reports the fastest; its peak resident memory is the child's (wait4). The
+// module's peak is shown beside the size of its output (the raw key string's block), which it
+// exceeds by the text and a constant.
 
 #include "bench/child_process.h"
 #include "bench/summary.h"
 #include "bench/xkb_keyboard.h"
 #include "input/keyboard_input_data.h"
 #include "input/raw_key_strings.h"
+#include "platform/heap.h"
 
 #include <unistd.h>
 
@@ -118,11 +121,13 @@ int type_worker(const std::string& layout_id, const std::string& path, int round
     const std::u16string layout(layout_id.begin(), layout_id.end());
     kq::input::KeyboardInputData* record = nullptr;
     if (kq::input::make_keyboard_input_data(&record, u"bench", layout.c_str(), nullptr, 0, 0, 0, 0) != kq::status::ok) return 1;
-    std::u16string keys;
+    kq::platform::HeapBlock block;
     const double seconds = fastest(rounds, [&] {
-        std::u16string().swap(keys);  // the previous round's string is freed before the clock starts
-    }, [&] { keys = kq::input::raw_key_string(*record, text, 0); });
+        block = {};  // the previous round's string is freed before the clock starts
+    }, [&] { block = kq::input::raw_key_string_block(kq::platform::Heap::global, *record, text, 0); });
     kq::input::free_keyboard_input_data(record);
+    if (!block) return 1;
+    const std::u16string_view keys(reinterpret_cast<const char16_t*>(block.data()));
     std::printf("seconds=%.9f units=%zu downs=%zu ups=%zu\n", seconds, keys.size(), occurrences(keys, u"KEY_RAW_DOWN "),
                 occurrences(keys, u"KEY_RAW_UP "));
     return 0;
@@ -230,14 +235,16 @@ int main(int argc, char** argv) {
     }
 
     const double megabytes = static_cast<double>(characters) / 1e6;
+    // The raw key string's block: its UTF-16 units and the NUL.
+    const auto output_kib = [](const Pair& pair) { return static_cast<long>((pair.units + 1) * 2 / 1024); };
     std::printf("\nText: %zu characters; fastest of %d calls per contender\n\n", characters, rounds);
-    std::printf("| %-6s | %9s | %9s | %11s | %5s | %10s | %9s |\n", "layout", "module ms", "xkb ms", "module MB/s", "ratio",
-                "module KiB", "xkb KiB");
-    std::printf("|--------|-----------|-----------|-------------|-------|------------|-----------|\n");
+    std::printf("| %-6s | %9s | %9s | %11s | %5s | %10s | %10s | %9s |\n", "layout", "module ms", "xkb ms", "module MB/s",
+                "ratio", "module KiB", "output KiB", "xkb KiB");
+    std::printf("|--------|-----------|-----------|-------------|-------|------------|------------|-----------|\n");
     for (const Pair& pair : pairs)
-        std::printf("| %-6s | %9.2f | %9.2f | %11.1f | %5.2f | %10ld | %9ld |\n", pair.layout, pair.module_seconds * 1e3,
-                    pair.xkb_seconds * 1e3, megabytes / pair.module_seconds, pair.xkb_seconds / pair.module_seconds,
-                    pair.module_kib, pair.xkb_kib);
+        std::printf("| %-6s | %9.2f | %9.2f | %11.1f | %5.2f | %10ld | %10ld | %9ld |\n", pair.layout,
+                    pair.module_seconds * 1e3, pair.xkb_seconds * 1e3, megabytes / pair.module_seconds,
+                    pair.xkb_seconds / pair.module_seconds, pair.module_kib, output_kib(pair), pair.xkb_kib);
     std::printf("\n(ratio: libxkbcommon's time over the module's; above 1, the module is faster)\n");
 
     if (summary) {
@@ -248,6 +255,7 @@ int main(int argc, char** argv) {
             const std::string key = pair.key;
             line.add((key + "_mb_per_s").c_str(), megabytes / pair.module_seconds);
             line.add((key + "_peak_kib").c_str(), pair.module_kib);
+            line.add((key + "_output_kib").c_str(), output_kib(pair));
             line.add((key + "_units_per_character").c_str(), pair.units / static_cast<double>(characters));
             line.add((key + "_xkb_mb_per_s").c_str(), megabytes / pair.xkb_seconds);
             line.add((key + "_xkb_peak_kib").c_str(), pair.xkb_kib);

@@ -10,6 +10,7 @@
 #include "input/raw_key_strings.h"
 #include "kq_amiga.h"
 #include "module/guard.h"
+#include "platform/heap.h"
 #include "platform/string_table.h"
 #include "platform/system_error.h"
 
@@ -88,7 +89,11 @@ extern "C" kq_status KQGetStringRawKeys(const kq_char* text, KQKeyboardInputData
     if (text == nullptr) return KQ_S_OK;
     if (data == nullptr) return KQ_E_INVALIDARG;
     return kq::guard([&] {
-        return kq::hand_to_host(kq::input::raw_key_string(*record_of(data), kq::text_view(text), mode), keys);
+        // Written straight into the host's block, which is counted first: no copy of a long text's
+        // keys is ever held twice.
+        return kq::hand_to_host(
+            kq::input::raw_key_string_block(kq::platform::Heap::global, *record_of(data), kq::text_view(text), mode),
+            keys);
     });
 }
 

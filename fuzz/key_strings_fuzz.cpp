@@ -11,6 +11,7 @@
 #include "input/keyboard_layouts.h"
 #include "input/raw_key_strings.h"
 #include "module/status.h"
+#include "platform/heap.h"
 
 #include <array>
 #include <cstdint>
@@ -72,6 +73,16 @@ int keys_left_down(std::u16string_view keys) {
     return pressed;
 }
 
+// The raw key string in a block of its counted size, as KQGetStringRawKeys makes it: a count
+// too short writes past the block, one too long leaves the text shorter than the count.
+std::u16string written(const KeyboardInputData& record, std::u16string_view text, std::uint32_t mode) {
+    const platform::HeapBlock block = raw_key_string_block(platform::Heap::local, record, text, mode);
+    require(static_cast<bool>(block));
+    std::u16string keys(reinterpret_cast<const char16_t*>(block.data()));
+    require(keys.size() == raw_key_string_length(record, text, mode));
+    return keys;
+}
+
 void check_names(const KeyboardInputData& record, std::u16string_view text, std::size_t chars) {
     std::u16string slots(chars + 2, u'#');
     const HResult result = key_display_name(record, text, std::span(slots.data() + 1, chars));
@@ -88,8 +99,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::u16string text((size - 1) / 2, u'\0');
     std::memcpy(text.data(), data + 1, text.size() * sizeof(char16_t));
 
-    require(keys_left_down(raw_key_string(record, text, 0)) == 0);
-    const std::u16string presses = raw_key_string(record, text, 1), releases = raw_key_string(record, text, 2);
+    require(keys_left_down(written(record, text, 0)) == 0);
+    const std::u16string presses = written(record, text, 1), releases = written(record, text, 2);
     require(keys_left_down(presses + releases) == 0);
     for (std::u16string_view rest = text; !rest.empty();) {
         const std::optional<Token> token = read_token(record, rest);

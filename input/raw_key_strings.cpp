@@ -4,22 +4,47 @@
 #include "input/key_tokens.h"
 #include "platform/text_conversion.h"
 
+#include <algorithm>
 #include <array>
 #include <optional>
 
 namespace kq::input {
 namespace {
 
-// "KEY_RAW_DOWN 0x%X " or "KEY_RAW_UP 0x%X ": upper-case hexadecimal without leading zeros.
-// Written directly, not through a formatter: typing a long text writes millions of them.
-void append_event(std::u16string& out, bool press, std::uint32_t raw) {
-    constexpr char16_t kDigits[] = u"0123456789ABCDEF";
-    out.append(press ? u"KEY_RAW_DOWN 0x" : u"KEY_RAW_UP 0x");
-    raw &= 0xFF;
-    if (raw >= 0x10) out += kDigits[raw >> 4];
-    out += kDigits[raw & 0xF];
-    out += u' ';
+// "KEY_RAW_DOWN 0x%X " or "KEY_RAW_UP 0x%X ": upper-case hexadecimal without leading zeros (raw
+// codes are below 0x80). Written directly, not through a formatter: typing a long text writes
+// millions of them. Every string is made twice by the same code: once into an EventCounter,
+// which adds up its length, then into an EventWriter over a block of that length.
+constexpr std::u16string_view kDown = u"KEY_RAW_DOWN 0x", kUp = u"KEY_RAW_UP 0x";
+
+constexpr std::size_t event_units(bool press, std::uint8_t raw) {
+    return (press ? kDown.size() : kUp.size()) + (raw >= 0x10 ? 2 : 1) + 1;
 }
+
+class EventCounter {
+public:
+    void event(bool press, std::uint8_t raw) { units_ += event_units(press, raw); }
+    std::size_t units() const { return units_; }
+
+private:
+    std::size_t units_ = 0;
+};
+
+class EventWriter {
+public:
+    explicit EventWriter(char16_t* out) : out_(out) {}
+    void event(bool press, std::uint8_t raw) {
+        constexpr char16_t kDigits[] = u"0123456789ABCDEF";
+        const std::u16string_view name = press ? kDown : kUp;
+        out_ = std::copy(name.begin(), name.end(), out_);
+        if (raw >= 0x10) *out_++ = kDigits[raw >> 4];
+        *out_++ = kDigits[raw & 0xF];
+        *out_++ = u' ';
+    }
+
+private:
+    char16_t* out_;
+};
 
 struct Qualifier {
     std::uint32_t bit;
@@ -30,21 +55,21 @@ constexpr std::array<Qualifier, 3> kQualifiers{{
     {stroke::shift, raw_key::left_shift}, {stroke::alt, raw_key::left_alt}, {stroke::control, raw_key::control}}};
 
 // The qualifiers held while typing, brought to what each stroke needs.
-class Typist {
+template <class Events> class Typist {
 public:
-    explicit Typist(std::u16string& out) : out_(out) {}
+    explicit Typist(Events& events) : events_(events) {}
 
     void hold(std::uint32_t needs) {
         for (const Qualifier& q : kQualifiers)
-            if ((held_ & q.bit) && !(needs & q.bit)) append_event(out_, false, q.raw);
+            if ((held_ & q.bit) && !(needs & q.bit)) events_.event(false, q.raw);
         for (const Qualifier& q : kQualifiers)
-            if (!(held_ & q.bit) && (needs & q.bit)) append_event(out_, true, q.raw);
+            if (!(held_ & q.bit) && (needs & q.bit)) events_.event(true, q.raw);
         held_ = needs;
     }
 
     void tap(std::uint8_t raw) {
-        append_event(out_, true, raw);
-        append_event(out_, false, raw);
+        events_.event(true, raw);
+        events_.event(false, raw);
     }
 
     void strokes(StrokeCode code) {
@@ -57,7 +82,7 @@ public:
     }
 
 private:
-    std::u16string& out_;
+    Events& events_;
     std::uint32_t held_ = 0;
 };
 
@@ -89,11 +114,8 @@ std::optional<StrokeCode> code_with_fallbacks(const KeyboardInputData& record, s
 
 bool is_high_surrogate(char16_t c) { return c >= 0xD800 && c <= 0xDBFF; }
 
-} // namespace
-
-std::u16string type_text(const KeyboardInputData& record, std::u16string_view text) {
-    std::u16string out;
-    Typist typist(out);
+template <class Events> void type_text(const KeyboardInputData& record, std::u16string_view text, Events& events) {
+    Typist typist(events);
     for (std::size_t i = 0; i < text.size(); ++i) {
         const std::size_t units = is_high_surrogate(text[i]) && i + 1 < text.size() ? 2 : 1;
         const std::u16string_view character = text.substr(i, units);
@@ -106,12 +128,10 @@ std::u16string type_text(const KeyboardInputData& record, std::u16string_view te
         }
     }
     typist.hold(0);
-    return out;
 }
 
-std::u16string combination_keys(const KeyboardInputData& record, std::u16string_view text, CombinationEvents events) {
-    std::u16string out;
-    const bool press = events == CombinationEvents::press;
+template <class Events>
+void combination_keys(const KeyboardInputData& record, std::u16string_view text, bool press, Events& events) {
     while (!text.empty()) {
         const std::optional<Token> token = read_token(record, text);
         if (!token) break;  // an unknown token ends the list, with what came before it
@@ -119,19 +139,37 @@ std::u16string combination_keys(const KeyboardInputData& record, std::u16string_
             const std::uint32_t one_stroke = stroke::nth(token->code, i);
             if (stroke::raw(one_stroke) == raw_key::none) continue;
             for (const Qualifier& q : kQualifiers)
-                if (one_stroke & q.bit) append_event(out, press, q.raw);
-            append_event(out, press, stroke::raw(one_stroke));
+                if (one_stroke & q.bit) events.event(press, q.raw);
+            events.event(press, stroke::raw(one_stroke));
         }
         text = token->rest;
         if (!text.empty() && text.front() == u'+') text.remove_prefix(1);
     }
-    return out;
 }
 
-std::u16string raw_key_string(const KeyboardInputData& record, std::u16string_view text, std::uint32_t mode) {
-    if (mode & 1) return combination_keys(record, text, CombinationEvents::press);
-    if (mode & 2) return combination_keys(record, text, CombinationEvents::release);
-    return type_text(record, text);
+template <class Events>
+void raw_key_events(const KeyboardInputData& record, std::u16string_view text, std::uint32_t mode, Events& events) {
+    if (mode & 1) return combination_keys(record, text, true, events);
+    if (mode & 2) return combination_keys(record, text, false, events);
+    type_text(record, text, events);
+}
+
+} // namespace
+
+std::size_t raw_key_string_length(const KeyboardInputData& record, std::u16string_view text, std::uint32_t mode) {
+    EventCounter counter;
+    raw_key_events(record, text, mode, counter);
+    return counter.units();
+}
+
+platform::HeapBlock raw_key_string_block(platform::Heap heap, const KeyboardInputData& record,
+                                         std::u16string_view text, std::uint32_t mode) {
+    const std::size_t units = raw_key_string_length(record, text, mode);
+    platform::HeapBlock block = platform::HeapBlock::allocate_zeroed(heap, (units + 1) * sizeof(char16_t));
+    if (!block) return block;
+    EventWriter writer(reinterpret_cast<char16_t*>(block.data()));
+    raw_key_events(record, text, mode, writer);
+    return block;
 }
 
 } // namespace kq::input

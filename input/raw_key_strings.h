@@ -11,21 +11,26 @@
 //
 // Combinations: the tokens of "CONTROL+LEFT AMIGA+RIGHT AMIGA" are pressed (or released) in
 // order, each stroke's qualifiers before its key; a token that names nothing ends the list.
+//
+// The modes are those of KQGetStringRawKeys: bit 0 presses of a combination, bit 1 (without
+// bit 0) its releases, neither typing. A string is counted before it is written, so that it
+// takes one block of its exact size: typing a long text makes tens of UTF-16 units a character.
 
 #include "input/keyboard_input_data.h"
+#include "platform/heap.h"
 
-#include <string>
+#include <cstddef>
+#include <cstdint>
 #include <string_view>
 
 namespace kq::input {
 
-std::u16string type_text(const KeyboardInputData& record, std::u16string_view text);
+// The raw key string's length in UTF-16 units, without its NUL.
+std::size_t raw_key_string_length(const KeyboardInputData& record, std::u16string_view text, std::uint32_t mode);
 
-enum class CombinationEvents { press, release };
-std::u16string combination_keys(const KeyboardInputData& record, std::u16string_view text, CombinationEvents events);
-
-// The keys for the modes of KQGetStringRawKeys: bit 0 presses of a combination, bit 1 (without
-// bit 0) its releases, neither typing.
-std::u16string raw_key_string(const KeyboardInputData& record, std::u16string_view text, std::uint32_t mode);
+// The raw key string in a new zero-filled block of `heap` of its exact size with the NUL; an
+// empty block when the heap has no room.
+platform::HeapBlock raw_key_string_block(platform::Heap heap, const KeyboardInputData& record,
+                                         std::u16string_view text, std::uint32_t mode);
 
 } // namespace kq::input

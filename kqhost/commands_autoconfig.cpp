@@ -19,8 +19,6 @@ constexpr const char* kEmptyCatalog =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?><xadml><catalog><application><description/><media/>"
     "</application></catalog></xadml>";
 
-std::u16string module_text(const std::wstring& text) { return {text.begin(), text.end()}; }
-
 struct CatalogRequest {
     std::optional<std::wstring> model, year;
     bool is_weak = false;

@@ -129,13 +129,16 @@ int keymap_image(const Context& context) {
     if (context.arguments.size() != 2) return kExitUsage;
     const std::wstring& id = context.arguments[0];
     const kq::input::KeyboardLayout& chosen =
-        kq::input::find_layout(std::u16string_view(reinterpret_cast<const char16_t*>(id.data()), id.size()));
-    std::ofstream file(std::filesystem::path(context.arguments[1]), std::ios::binary);
-    file.write(reinterpret_cast<const char*>(chosen.keymap_image.data()),
-               static_cast<std::streamsize>(chosen.keymap_image.size()));
-    if (!file.good()) return kExitFailure;
-    print("wrote the keymap image of " + to_utf8(std::wstring(chosen.id.begin(), chosen.id.end())) + "\n");
-    return kExitOk;
+        kq::input::find_layout(module_text(id));
+    return with_output_file(context.arguments[1], [&] {
+        std::ofstream file(std::filesystem::path(context.arguments[1]), std::ios::binary);
+        file.write(reinterpret_cast<const char*>(chosen.keymap_image.data()),
+                   static_cast<std::streamsize>(chosen.keymap_image.size()));
+        file.close();  // before a failed file is removed
+        if (!file.good()) return kExitFailure;
+        print("wrote the keymap image of " + to_utf8(std::wstring(chosen.id.begin(), chosen.id.end())) + "\n");
+        return kExitOk;
+    });
 }
 
 // key-name [--layout ID] TEXT

@@ -27,7 +27,7 @@ int manifest(const Context& context) {
     const std::wstring& file = context.arguments[0];
     ManifestDocument document;
     if (const kq::HResult loaded = document.load_file(
-            std::u16string_view(reinterpret_cast<const char16_t*>(file.data()), file.size()));
+            module_text(file));
         loaded != kq::status::ok) {
         report_failure(("cannot load " + to_utf8(file)).c_str(), loaded);
         return kExitFailure;

@@ -19,10 +19,6 @@
 namespace kqhost {
 namespace {
 
-std::u16string_view module_text(const std::wstring& text) {
-    return {reinterpret_cast<const char16_t*>(text.data()), text.size()};
-}
-
 // runtime get IMAGE [ALTERNATE-FOLDER] [--key KEY] [--no-timestamp]
 int runtime_get(const Context& context) {
     const auto get = find_export<decltype(KQGetRuntimeMedium)>(context.module, "KQGetRuntimeMedium");
@@ -118,13 +114,15 @@ int inflate(const Context& context) {
         print_error("usage: kqhost inflate IN OUT\n");
         return kExitUsage;
     }
-    const kq::media::InflateError error =
-        kq::media::inflate_file(module_text(context.arguments[0]), module_text(context.arguments[1]));
-    if (error == kq::media::InflateError::none) return kExitOk;
-    char line[80];
-    std::snprintf(line, sizeof line, "kqhost: inflating failed with code %u\n", static_cast<unsigned>(error));
-    print_error(line);
-    return kExitFailure;
+    return with_output_file(context.arguments[1], [&] {
+        const kq::media::InflateError error =
+            kq::media::inflate_file(module_text(context.arguments[0]), module_text(context.arguments[1]));
+        if (error == kq::media::InflateError::none) return kExitOk;
+        char line[80];
+        std::snprintf(line, sizeof line, "kqhost: inflating failed with code %u\n", static_cast<unsigned>(error));
+        print_error(line);
+        return kExitFailure;
+    });
 }
 
 int deflate(const Context& context) {
@@ -132,11 +130,13 @@ int deflate(const Context& context) {
         print_error("usage: kqhost deflate IN OUT\n");
         return kExitUsage;
     }
-    const kq::HResult status =
-        kq::media::deflate_file(module_text(context.arguments[0]), module_text(context.arguments[1]));
-    if (status == kq::status::ok) return kExitOk;
-    print_status("kqhost: deflating failed", status);
-    return kExitFailure;
+    return with_output_file(context.arguments[1], [&] {
+        const kq::HResult status =
+            kq::media::deflate_file(module_text(context.arguments[0]), module_text(context.arguments[1]));
+        if (status == kq::status::ok) return kExitOk;
+        print_status("kqhost: deflating failed", status);
+        return kExitFailure;
+    });
 }
 
 // empty-medium [dd|hd]
@@ -200,13 +200,15 @@ int undms(const Context& context) {
         print_error("usage: kqhost undms IN OUT\n");
         return kExitUsage;
     }
-    const kq::media::DmsError error =
-        kq::media::unpack_dms_file(module_text(context.arguments[0]), module_text(context.arguments[1]));
-    if (error == kq::media::DmsError::none) return kExitOk;
-    char line[80];
-    std::snprintf(line, sizeof line, "kqhost: unpacking failed with code %u\n", static_cast<unsigned>(error));
-    print_error(line);
-    return kExitFailure;
+    return with_output_file(context.arguments[1], [&] {
+        const kq::media::DmsError error =
+            kq::media::unpack_dms_file(module_text(context.arguments[0]), module_text(context.arguments[1]));
+        if (error == kq::media::DmsError::none) return kExitOk;
+        char line[80];
+        std::snprintf(line, sizeof line, "kqhost: unpacking failed with code %u\n", static_cast<unsigned>(error));
+        print_error(line);
+        return kExitFailure;
+    });
 }
 
 // volume-name IMAGE

@@ -49,7 +49,11 @@ python3 -c "import sys; sys.stdout.buffer.write((b'AmigaDOS demo disk ' * 48000)
 demo_folder="Z:$(printf '%s' "$KQ_ROOT/build/win64/demo" | tr / '\\')"
 kqhost deflate "$demo_folder\\Demo.adf" "$demo_folder\\Demo.adz"
 echo "\$ kqhost runtime get $demo_folder\\Demo.adz"
-copy=$("$here/wine-run.sh" build/win64/bin/kqhost.exe runtime get "$demo_folder\\Demo.adz" | tr -d '\r' | tee /dev/stderr | head -n 1)
+# Printed from a variable, not through tee /dev/stderr: that reopens a redirected log and writes
+# over its beginning.
+output=$("$here/wine-run.sh" build/win64/bin/kqhost.exe runtime get "$demo_folder\\Demo.adz" | tr -d '\r')
+printf '%s\n' "$output"
+copy=${output%%$'\n'*}
 echo
 kqhost runtime check "$copy"
 kqhost runtime dismiss "$copy" --write-back --assume-changed

@@ -8,6 +8,7 @@ command, must appear in its output in that order (other output may come between 
 stands for the first line that the last "runtime get" printed (the working copy's path).
 Before the run, build/examples is emptied (the examples write there) and given the folders
 "copies" and "data" (a shared data folder with a ROM file "Shared\rom\amiga-os-310-a1200.rom").
+After them, "undms" of a DMS archive cut short must fail and leave no output file behind.
 
 usage: kqhost_examples.py ROOT KQHOST_EXE
 """
@@ -95,6 +96,16 @@ def main():
             print("  output:\n    " + output.replace("\n", "\n    "))
         else:
             print(f"ok: kqhost {arguments}")
+    # A failed command removes the output file that it created.
+    (work / "cut.dms").write_bytes((root / "tests" / "data" / "dms" / "rle_small.dms").read_bytes()[:1024])
+    run = subprocess.run([str(root / "scripts" / "wine-run.sh"), kqhost, "undms", r"build\examples\cut.dms",
+                          r"build\examples\cut.adf"], cwd=root, capture_output=True, text=True, errors="replace")
+    if run.returncode == 0 or (work / "cut.adf").exists():
+        failures += 1
+        left = "left behind" if (work / "cut.adf").exists() else "removed"
+        print(f"FAILED: kqhost undms of a cut archive: exit code {run.returncode}, output file {left}")
+    else:
+        print("ok: kqhost undms of a cut archive fails and leaves no output file")
     # Every command of the help text has an example.
     help_text = subprocess.run([str(root / "scripts" / "wine-run.sh"), kqhost, "help"], cwd=root,
                                capture_output=True, text=True, errors="replace").stdout

@@ -9,7 +9,8 @@ namespace kq::media {
 namespace {
 
 constexpr std::uint64_t kFirstDescriptor = 16, kMaxDescriptors = 32;
-constexpr std::uint8_t kPrimaryDescriptor = 1, kTerminator = 255;
+constexpr std::uint8_t kPrimaryDescriptor = 1, kTerminator = 255, kPrimaryVersion = 1;
+constexpr std::size_t kVersionAt = 6;
 constexpr std::size_t kSectorUserBytes = 2048;
 constexpr std::size_t kVolumeIdAt = 40, kVolumeIdBytes = 32, kCreationDateAt = 813;
 
@@ -50,6 +51,9 @@ void analyse_iso(ImageBytes& image, const IsoLayout& layout, MediumAnalysis& ana
         const auto type = std::to_integer<std::uint8_t>(descriptor[0]);
         if (type == kTerminator) return;
         if (type != kPrimaryDescriptor) continue;
+        // A primary descriptor of another version is malformed, like one without "CD001": the
+        // image is not read further.
+        if (std::to_integer<std::uint8_t>(descriptor[kVersionAt]) != kPrimaryVersion) return;
         std::u16string label;
         for (std::size_t i = 0; i < kVolumeIdBytes; ++i)
             label += static_cast<char16_t>(std::to_integer<unsigned char>(descriptor[kVolumeIdAt + i]));

@@ -184,6 +184,14 @@ TEST_F(Analysis, CdImages) {
     // A date left unspecified, and an image with no descriptor.
     EXPECT_FALSE(analyse(u"nodate.iso", test::iso_image({.created = "0000000000000000"})).date.has_value());
     EXPECT_EQ(analyse(u"empty.iso", Image(64 * 2048)).analysis_class, AnalysisClass::unknown);
+    // A primary descriptor whose version byte is not 1 is not read.
+    for (const std::byte version : {std::byte{0}, std::byte{2}, std::byte{'1'}}) {
+        Image image = test::iso_image();
+        image[16 * 2048 + 6] = version;
+        const MediumAnalysis analysis = analyse(u"version.iso", image);
+        EXPECT_EQ(analysis.analysis_class, AnalysisClass::unknown) << static_cast<int>(version);
+        EXPECT_EQ(analysis.volume_name, u"") << static_cast<int>(version);
+    }
 }
 
 TEST_F(Analysis, IpfImagesNeedTheLibrary) {
