@@ -28,6 +28,7 @@ struct FileAssociationRow {
     std::uint16_t icon;
 };
 
+// clang-format off
 constexpr std::array kRows{
     FileAssociationRow{.extension = u"adf", .type_name = strings::amiga_floppy_image,
                        .extension_description = strings::adf_extension_description,
@@ -66,6 +67,7 @@ constexpr std::array kRows{
                        .long_description = strings::uae_long_description, .filter_name = strings::uae_filter_name,
                        .icon = kFloppyDiskIcon},
 };
+// clang-format on
 
 static_assert(kRows.size() == kFileAssociationCount);
 static_assert(std::ranges::adjacent_find(kRows, std::ranges::greater_equal{}, &FileAssociationRow::extension) ==

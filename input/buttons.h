@@ -21,11 +21,13 @@ struct ButtonName {
     std::uint32_t mask;
 };
 // In slot order.
+// clang-format off
 inline constexpr std::array<ButtonName, 11> kButtonNames{{
     {u"button-up", 8}, {u"button-down", 4}, {u"button-left", 2}, {u"button-right", 1},
     {u"button-1", 16}, {u"button-2", 32}, {u"button-3", 64}, {u"button-4", 128},
     {u"button-5", 256}, {u"button-6", 512}, {u"button-7", 1024},
 }};
+// clang-format on
 
 // Controller kinds for button names: a two-button joystick, a three-button joystick, a
 // seven-button game pad.

@@ -43,6 +43,7 @@ constexpr KeyTableEntry marker(std::uint8_t marker_char, std::uint8_t raw) {
 } // namespace detail
 
 // Both Alt keys give Left Alt and both Control keys the one Amiga Ctrl, deliberately.
+// clang-format off
 inline constexpr std::array<KeyTableEntry, 45> kBuiltInKeyTable{
     detail::marker(kMarkerA, raw_key::left_amiga), detail::marker(kMarkerB, raw_key::right_amiga),
     detail::marker(kMarkerC, raw_key::help),
@@ -64,6 +65,7 @@ inline constexpr std::array<KeyTableEntry, 45> kBuiltInKeyTable{
     detail::key(0x6B, 0x5E), detail::key(0x6D, 0x4A), detail::key(0x6F, 0x5C, true), detail::key(0x6A, 0x5D),
     detail::key(0x6E, 0x3C),
 };
+// clang-format on
 
 // The configurable key of a descriptor: bits 24-31 and 16-23 both 1 name the virtual key in the
 // low byte and its extended flag in bit 8; any other value selects `fallback`.

@@ -14,6 +14,7 @@ struct KeyToken {
 };
 
 // Raw keys with a token name; 0x5A and 0x5B are "NUMPAD " and the layout's bracket.
+// clang-format off
 constexpr KeyToken kKeyTokens[] = {
     {0x0F, u"NUMPAD 0"},     {0x1D, u"NUMPAD 1"},       {0x1E, u"NUMPAD 2"},      {0x1F, u"NUMPAD 3"},
     {0x2D, u"NUMPAD 4"},     {0x2E, u"NUMPAD 5"},       {0x2F, u"NUMPAD 6"},      {0x3C, u"NUMPAD PERIOD"},
@@ -29,6 +30,7 @@ constexpr KeyToken kKeyTokens[] = {
     {0x66, u"LEFT AMIGA"},   {0x67, u"RIGHT AMIGA"},    {0x72, u"REMOTE STOP"},   {0x73, u"REMOTE PLAY"},
     {0x74, u"REMOTE PREVIOUS"}, {0x75, u"REMOTE NEXT"}, {0x76, u"REMOTE REWIND"}, {0x77, u"REMOTE FORWARD"},
 };
+// clang-format on
 
 struct CharacterName {
     std::u16string_view token;

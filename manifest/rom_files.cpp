@@ -31,6 +31,7 @@ struct RomFallback {
 };
 
 // First match wins.
+// clang-format off
 constexpr RomFallback kRomFallbacks[] = {
     {u"110", false,
      {{u"110-ntsc", {}, Video::ntsc}, {u"110-pal", {}, Video::ntsc},
@@ -52,6 +53,7 @@ constexpr RomFallback kRomFallbacks[] = {
     {u"310", true, {{u"310"}}},
     {u"3x0", true, {{u"3x0"}}},
 };
+// clang-format on
 
 // "130" is the A3000's 1.3 ROM on every model that did not ship with the original one.
 constexpr std::u16string_view kModelsWithOriginal130[] = {u"a-1000", u"a-500", u"a-2000", u"a-cdtv"};

@@ -7,6 +7,7 @@
 namespace kq::manifest {
 namespace {
 
+// clang-format off
 // Memory size lists.
 constexpr std::uint32_t kChip1[] = {1 * M, 1 * M + 512 * K, 2 * M};
 constexpr std::uint32_t kChip2[] = {256 * K, 512 * K};
@@ -81,6 +82,7 @@ constexpr ModelRow kModels[] = {
     {u"a-walker", strings::model_walker, u"320-walker", u"68030", u"68882", {kChip4, 2 * M}, {kFast1, 4 * M},
      {kSlow1, 0}, Z3Rule::small, 0, true, false, false, false, kRomsWalker},
 };
+// clang-format on
 
 // Every default size is one of its list's sizes.
 static_assert(std::ranges::all_of(kModels, [](const ModelRow& row) {

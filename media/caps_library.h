@@ -15,6 +15,7 @@
 namespace kq::media {
 
 // The entry points, in the order of CapsLibrary::entry_point's index.
+// clang-format off
 inline constexpr std::array<const char*, 13> kCapsEntryPointNames = {
     "CAPSInit",        "CAPSExit",         "CAPSAddImage",     "CAPSRemImage",       "CAPSLockImage",
     "CAPSLockImageMemory", "CAPSUnlockImage", "CAPSLoadImage", "CAPSGetImageInfo", "CAPSLockTrack",
@@ -24,6 +25,7 @@ enum class CapsEntryPoint {
     init, exit, add_image, remove_image, lock_image, lock_image_memory, unlock_image, load_image,
     get_image_info, lock_track, unlock_track, unlock_all_tracks, get_platform_name
 };
+// clang-format on
 
 // Where the library is expected: the Common Files folder, else the Program Files folder, else
 // the machine's "ProgramFilesDir" setting ("CommonFilesDir" with `common_files_setting`), with

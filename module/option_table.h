@@ -32,6 +32,7 @@ struct OptionRow {
 inline constexpr std::u16string_view kDefaultDeviceValue = u"default";
 inline constexpr StringId kDefaultDeviceLabel = strings::default_device;
 
+// clang-format off
 inline constexpr std::array kOptionTable{
     OptionRow{.name = u"MouseHack", .type = OptionType::boolean, .label = strings::synchronize_mouse_label,
               .description = strings::synchronize_mouse_description, .group_label = strings::mouse_pointer_group_label,
@@ -60,5 +61,6 @@ inline constexpr std::array kOptionTable{
               .first_choice_value = u"none", .first_choice_label = strings::no_midi_device,
               .offers_default_device = true},
 };
+// clang-format on
 
 } // namespace kq

@@ -12,10 +12,12 @@ struct BestFit {
     char16_t from;
     char16_t to;
 };
+// clang-format off
 constexpr std::array<BestFit, 12> kBestFit{{
     {0x0100, u'A'}, {0x0101, u'a'}, {0x0106, u'C'}, {0x0107, u'c'}, {0x0141, u'L'}, {0x0142, u'l'},
     {0x2013, u'-'}, {0x2014, u'-'}, {0x2018, u'\''}, {0x2019, u'\''}, {0x201C, u'"'}, {0x201D, u'"'},
 }};
+// clang-format on
 
 // Latin-1 letters 0xC0-0xFF without their accents, as the system's US-ASCII best fit has them
 // ('?' where there is no plain letter).

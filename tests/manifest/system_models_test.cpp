@@ -35,6 +35,7 @@ struct ExpectedModel {
     Ids roms;
 };
 
+// clang-format off
 const ExpectedModel kExpected[] = {
     {u"a-500", u"Amiga 500", u"120", u"68000", u"", chip3, 512 * K, fast1, 0, slow2, 0, 512 * K, 0, 0, 0, roms_a500},
     {u"a-500plus", u"Amiga 500 Plus", u"204", u"68000", u"", chip1, 1 * M, fast1, 0, slow1, 0, 0, 0, 0, 0, roms_a600},
@@ -64,6 +65,7 @@ const ExpectedModel kExpected[] = {
     {u"a-walker", u"Walker", u"320-walker", u"68030", u"68882", chip4, 2 * M, fast1, 4 * M, slow1, 0, 0, 1, 0, 0,
      {u"320-walker"}},
 };
+// clang-format on
 
 Sizes sizes(const MemoryChoice& choice) { return Sizes(choice.sizes.begin(), choice.sizes.end()); }
 

@@ -16,6 +16,7 @@ struct LayoutFacts {
 
 #include "keymap_facts.inc"
 
+// clang-format off
 const LayoutFacts kFacts[] = {
     {u"da-dk", kKeyFacts_da_dk}, {u"de-ch", kKeyFacts_de_ch}, {u"de-de", kKeyFacts_de_de},
     {u"en-dvorak-us", kKeyFacts_en_dvorak_us}, {u"en-gb", kKeyFacts_en_gb}, {u"en-us", kKeyFacts_en_us},
@@ -23,17 +24,20 @@ const LayoutFacts kFacts[] = {
     {u"fr-fr", kKeyFacts_fr_fr}, {u"is-is", kKeyFacts_is_is}, {u"it-it", kKeyFacts_it_it},
     {u"no-no", kKeyFacts_no_no}, {u"pt-pt", kKeyFacts_pt_pt}, {u"sv-se", kKeyFacts_sv_se},
 };
+// clang-format on
 
 constexpr std::uint8_t kShift = 1, kAlt = 2, kControl = 4;
 constexpr std::uint8_t kDeadKey = 0x20, kStringKey = 0x40, kNoOp = 0x80;
 constexpr std::uint8_t kModEntry = 0x01, kDeadEntry = 0x08;
 
 // The characters of a key-map word by key type: the qualifier that each one stands for.
+// clang-format off
 constexpr int kWordSlots[8][4] = {
     {0, -1, -1, -1}, {0, kShift, -1, -1}, {0, kAlt, -1, -1}, {0, kShift, kAlt, kShift | kAlt},
     {0, kControl, -1, -1}, {0, kShift, kControl, kShift | kControl}, {0, kAlt, kControl, kAlt | kControl},
     {0, kShift, kAlt, kShift | kAlt},
 };
+// clang-format on
 
 } // namespace
 

@@ -21,6 +21,7 @@ struct ExpectedExport {
     const char* name;
     unsigned ordinal;
 };
+// clang-format off
 constexpr ExpectedExport kExports[] = {
     {"DllMain", 1}, {"KQGetPlatformName", 2}, {"KQGetOption", 3}, {"KQFreeOption", 4},
     {"KQSetOption", 5}, {"KQGetFileAssociation", 7}, {"KQFreeFileAssociation", 8},
@@ -42,6 +43,7 @@ constexpr ExpectedExport kExports[] = {
     {"KQGetKeyDialog2", 48}, {"KQ9Editor", 15}, {"KQEditScreenClip", 23},
     {"KQEditScreenClip2", 24}, {"KQROMToolbox", 51},
 };
+// clang-format on
 static_assert(std::size(kExports) == 49);
 
 // DLLs that come with every Windows installation.

@@ -1897,6 +1897,7 @@ void input_button_name_row(const Pass& pass) {
 }
 
 // One row per export of the DLL.
+// clang-format off
 const ExportRow kExportRows[] = {
     {"DllMain", dll_main_row},
     {"KQGetPlatformName", platform_name_row},
@@ -1950,6 +1951,7 @@ const ExportRow kExportRows[] = {
     {"KQResetKeyboardWindow", [](const Pass& pass) { shell_window_row<50>(pass, "KQResetKeyboardWindow"); }},
     {"KQROMToolbox", [](const Pass& pass) { shell_window_row<51>(pass, "KQROMToolbox"); }},
 };
+// clang-format on
 
 class HostileHost : public test::AmigaDllTest {
 protected:
