@@ -90,7 +90,7 @@ TEST_F(MediaFilesDll, PathsWithForwardSlashes) {
     ASSERT_TRUE(copy && volume_name && get && dismiss);
     test::TempFolder source, target;
     source.create_file(u"Game.bin", test::as_string(test::iso_image({.volume = "GAME_DISC"})));
-    source.create_file(u"Game.cue", "FILE \"Game.bin\" BINARY\n  TRACK 01 MODE1/2048\n");
+    source.create_file(u"Game.cue", "FILE \"Game.bin\" BINARY\n  TRACK 01 MODE1/2048\n    INDEX 01 00:00:00\n");
     source.create_file(u"Disk.adf", test::as_string(test::floppy_image({.name = "Slashed"})));
     const auto slashed = [](std::u16string path) {
         std::replace(path.begin(), path.end(), u'\\', u'/');
