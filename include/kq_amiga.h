@@ -51,6 +51,8 @@ extern "C" {
 #define KQ_STATIC_ASSERT(condition, message) _Static_assert(condition, message)
 #endif
 
+/* The status codes and records stay aligned by hand, as a reference. */
+/* clang-format off */
 /* Status codes (HRESULT values). */
 #define KQ_S_OK ((kq_status)0)
 #define KQ_S_FALSE ((kq_status)1)                       /* no more entries; not applicable */
@@ -120,6 +122,7 @@ KQ_STATIC_ASSERT(sizeof(KQFileAssociation) == 72, "file association header is 72
 KQ_STATIC_ASSERT(offsetof(KQFileAssociation, category) == 64, "category at 64");
 KQ_STATIC_ASSERT(sizeof(KQDeviceCommand) == 24, "device command header is 24 bytes");
 #endif
+/* clang-format on */
 
 /* ==== Module frame: exports/exports_module.cpp (DllMain: exports/dll_main_win32.cpp) ==== */
 

@@ -59,7 +59,7 @@ std::optional<int> open_file(std::u16string_view path, int flags) {
         fail();
         return std::nullopt;
     }
-    struct stat status{};
+    struct stat status = {};
     if (fstat(fd, &status) != 0 || S_ISDIR(status.st_mode)) {  // Windows opens no folders as files
         ::close(fd);
         t_last_error = system_error::access_denied;
@@ -117,13 +117,13 @@ File::~File() {
 }
 
 std::optional<std::uint64_t> File::size() const noexcept {
-    struct stat status{};
+    struct stat status = {};
     if (fstat(descriptor(handle_), &status) != 0) return fail(), std::nullopt;
     return static_cast<std::uint64_t>(status.st_size);
 }
 
 std::optional<FileTime> File::last_write_time() const noexcept {
-    struct stat status{};
+    struct stat status = {};
     if (fstat(descriptor(handle_), &status) != 0) return fail(), std::nullopt;
     return to_file_time(status.st_mtim);
 }
@@ -162,7 +162,7 @@ bool File::flush() noexcept {
 
 std::optional<std::uint32_t> file_attributes(std::u16string_view path) {
     const std::string posix = native::to_posix_path(path);
-    struct stat status{};
+    struct stat status = {};
     if (posix.empty() || stat(posix.c_str(), &status) != 0) return fail(), std::nullopt;
     std::uint32_t attributes = S_ISDIR(status.st_mode) ? kAttributeDirectory : 0x80;  // or NORMAL
     if ((status.st_mode & S_IWUSR) == 0) attributes |= kAttributeReadOnly;
@@ -173,7 +173,7 @@ std::optional<std::uint32_t> file_attributes(std::u16string_view path) {
 
 SystemError set_file_attributes(std::u16string_view path, std::uint32_t attributes) {
     const std::string posix = native::to_posix_path(path);
-    struct stat status{};
+    struct stat status = {};
     if (stat(posix.c_str(), &status) != 0) return fail();
     const mode_t mode = (attributes & kAttributeReadOnly) ? status.st_mode & ~mode_t{0222} : status.st_mode | S_IWUSR;
     return chmod(posix.c_str(), mode) == 0 ? 0 : fail();
@@ -187,7 +187,7 @@ std::optional<std::vector<std::u16string>> list_files(std::u16string_view folder
     if (posix.back() != '/') posix += '/';
     std::vector<std::u16string> names;
     while (const dirent* entry = readdir(directory.get())) {
-        struct stat status{};
+        struct stat status = {};
         if (stat((posix + entry->d_name).c_str(), &status) != 0 || S_ISDIR(status.st_mode)) continue;
         if (auto name = utf8_to_utf16(entry->d_name)) names.push_back(std::move(*name));
     }
@@ -208,7 +208,7 @@ SystemError copy_file(std::u16string_view from, std::u16string_view to) {
         if (!put || *put != *got) return t_last_error ? t_last_error : 112;
     }
     // As Windows copies, the copy keeps the source's last-write time.
-    struct stat status{};
+    struct stat status = {};
     const std::string source_path = native::to_posix_path(from), target_path = native::to_posix_path(to);
     if (stat(source_path.c_str(), &status) == 0) {
         const timespec times[2] = {status.st_atim, status.st_mtim};
@@ -219,7 +219,7 @@ SystemError copy_file(std::u16string_view from, std::u16string_view to) {
 
 SystemError move_file(std::u16string_view from, std::u16string_view to) {
     const std::string source = native::to_posix_path(from), target = native::to_posix_path(to);
-    struct stat status{};
+    struct stat status = {};
     if (stat(target.c_str(), &status) == 0) return t_last_error = system_error::already_exists;
     return ::rename(source.c_str(), target.c_str()) == 0 ? 0 : fail();
 }
@@ -273,7 +273,7 @@ std::optional<std::u16string> temp_file_name(std::u16string_view folder, std::u1
 
 std::optional<std::u16string> short_name_of(std::u16string_view path) {
     // Linux file systems keep no short names.
-    struct stat status{};
+    struct stat status = {};
     if (stat(native::to_posix_path(path).c_str(), &status) != 0) return fail(), std::nullopt;
     return std::u16string();
 }

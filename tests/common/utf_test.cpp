@@ -12,7 +12,7 @@ TEST(Utf, RoundTripsEveryEncodingLength) {
     } rows[] = {
         {"", u""},
         {"Amiga", u"Amiga"},
-        {"Gr\xC3\xBC\xC3\x9F" "e", u"Gr\u00fc\u00dfe"},
+        {"Gr\xC3\xBC\xC3\x9F\x65", u"Gr\u00fc\u00dfe"},
         {"\xE2\x82\xAC", u"\u20ac"},
         {"\xF0\x9D\x91\x8E", u"\U0001D44E"},  // mathematical italic small a: a surrogate pair
         {"\xEF\xBF\xBF", u"\uffff"},

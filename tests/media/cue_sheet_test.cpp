@@ -37,7 +37,7 @@ TEST(CueSheet, FileLinesInTheirForms) {
         {"command in lower case, indented", "   file \"x.bin\" MOTOROLA\n", {u"x.bin|x.bin"}},
         {"subfolders, either separator", "FILE \"images/disc.bin\" BINARY\nFILE sub\\a.bin BINARY\n",
          {u"images\\disc.bin|disc.bin", u"sub\\a.bin|a.bin"}},
-        {"UTF-8 with a byte-order mark", "\xEF\xBB\xBF" "FILE \"Sp\xC3\xA4t.bin\" BINARY\n", {u"Sp\u00E4t.bin|Sp\u00E4t.bin"}},
+        {"UTF-8 with a byte-order mark", "\xEF\xBB\xBF\x46ILE \"Sp\xC3\xA4t.bin\" BINARY\n", {u"Sp\u00E4t.bin|Sp\u00E4t.bin"}},
         {"Latin-1", "FILE \"Sp\xE4t.bin\" BINARY\n", {u"Sp\u00E4t.bin|Sp\u00E4t.bin"}},
         {"not FILE lines", "FILES x.bin\nTITLE \"FILE y.bin\"\nFILE\nFILE \"unclosed.bin BINARY\nFILE \"\" BINARY\n", {}},
         {"empty", "", {}},

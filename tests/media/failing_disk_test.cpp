@@ -158,7 +158,7 @@ std::string make_read_only(const fs::path& folder) {
 std::optional<std::vector<HResult>> statuses_with_read_only_folder(const fs::path& folder,
                                                                    const std::vector<std::function<HResult()>>& calls,
                                                                    std::string& why) {
-    struct stat before{};
+    struct stat before = {};
     int pipe_ends[2];
     if (stat(folder.c_str(), &before) != 0 || pipe2(pipe_ends, O_CLOEXEC) != 0) {
         why = std::strerror(errno);

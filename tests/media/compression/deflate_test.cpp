@@ -34,12 +34,12 @@ TEST(GzipHeader, LaidOutByteForByte) {
         std::string expected;
     } cases[] = {
         // 256 seconds: bits 8-15 come first.
-        {256, u"game.adz", std::string("\x1F\x8B\x08\x08\x01\x00\x00\x00\x00\x0A" "game.adz\0", 19)},
-        {0x12345678, u"Game.ADZ", std::string("\x1F\x8B\x08\x08\x56\x78\x34\x12\x00\x0A" "game.adz\0", 19)},
-        {1, u"WORK.HDZ", std::string("\x1F\x8B\x08\x08\x00\x01\x00\x00\x00\x0A" "work.hdz\0", 19)},
+        {256, u"game.adz", std::string("\x1F\x8B\x08\x08\x01\x00\x00\x00\x00\x0Agame.adz\0", 19)},
+        {0x12345678, u"Game.ADZ", std::string("\x1F\x8B\x08\x08\x56\x78\x34\x12\x00\x0Agame.adz\0", 19)},
+        {1, u"WORK.HDZ", std::string("\x1F\x8B\x08\x08\x00\x01\x00\x00\x00\x0Awork.hdz\0", 19)},
         // Each character's low byte, A-Z folded (U+0141 is 0x41, 'A'); a zero low byte must not end
         // the name early.
-        {0, u"\u00C4\u0141Z\u4E00.adz", std::string("\x1F\x8B\x08\x08\x00\x00\x00\x00\x00\x0A" "\xC4" "az_.adz\0", 19)},
+        {0, u"\u00C4\u0141Z\u4E00.adz", std::string("\x1F\x8B\x08\x08\x00\x00\x00\x00\x00\x0A\xC4\x61z_.adz\0", 19)},
         {0, u"", std::string("\x1F\x8B\x08\x08\x00\x00\x00\x00\x00\x0A\0", 11)},
     };
     for (const auto& c : cases) EXPECT_EQ(header_bytes(c.seconds, c.name), c.expected) << c.seconds;
@@ -112,7 +112,7 @@ TEST(DeflateFile, TakesTheImagesTimeAndTheTargetsName) {
     ASSERT_EQ(deflate_file(folder.path(u"work.hdf"), folder.path(u"Work.HDZ")), status::ok);
     const std::string written = file_content(folder.native(u"Work.HDZ"));
     // 1000000000 = 0x3B9ACA00.
-    EXPECT_EQ(written.substr(0, 19), std::string("\x1F\x8B\x08\x08\xCA\x00\x9A\x3B\x00\x0A" "work.hdz\0", 19));
+    EXPECT_EQ(written.substr(0, 19), std::string("\x1F\x8B\x08\x08\xCA\x00\x9A\x3B\x00\x0Awork.hdz\0", 19));
 
     ASSERT_EQ(deflate_file(folder.path(u"work.hdf"), folder.path(u"side.tmp"), folder.path(u"Final.hdz")), status::ok);
     EXPECT_EQ(file_content(folder.native(u"side.tmp")).substr(10, 10), std::string("final.hdz\0", 10));
