@@ -67,15 +67,19 @@ void fill_floppy(Image& image, std::uint32_t seed) {
                 image[i++] = static_cast<std::byte>(random());
                 continue;
             }
-            for (const char* word = kWords[random() % std::size(kWords)]; *word != 0 && i < (block + 1) * kBlock; ++word)
+            for (const char* word = kWords[random() % std::size(kWords)]; *word != 0 && i < (block + 1) * kBlock;
+                 ++word)
                 image[i++] = static_cast<std::byte>(*word);
         }
     }
 }
 
 Image data_floppy(const std::string& name, bool high_density, std::uint32_t seed) {
-    Image image = kq::test::floppy_image(
-        {.high_density = high_density, .boot_checksum = false, .boot_code = {}, .name = name, .created = {5113, 600, 0}});  // 1992-01-01 10:00
+    Image image = kq::test::floppy_image({.high_density = high_density,
+                                          .boot_checksum = false,
+                                          .boot_code = {},
+                                          .name = name,
+                                          .created = {5113, 600, 0}}); // 1992-01-01 10:00
     fill_floppy(image, seed);
     return image;
 }
@@ -101,7 +105,8 @@ int write_media(const fs::path& folder) {
     media.push_back({"disk6.adz", "floppy", data_floppy("Disk6", false, 6), true});
     media.push_back({"disk7.adf", "floppy", data_floppy("Disk7", false, 7)});
     media.push_back({"extras.adf", "floppy", data_floppy("Extras", true, 8)});
-    media.push_back({"saves.adf", "floppy", kq::test::floppy_image({.boot_checksum = false, .boot_code = {}, .name = "Saves"})});
+    media.push_back(
+        {"saves.adf", "floppy", kq::test::floppy_image({.boot_checksum = false, .boot_code = {}, .name = "Saves"})});
     media.push_back({"work.hdf", "harddrive", kq::test::rdb_hard_disk(2048, {{"DH0", "Work", 1, 2047, false}})});
     media.push_back({"game.iso", "cd", kq::test::iso_image({.volume = "GAME", .created = "1994030112000000"})});
 
@@ -111,7 +116,8 @@ int write_media(const fs::path& folder) {
         const fs::path path = folder / medium.file;
         if (medium.gzipped) {
             const fs::path plain = folder / (medium.file + ".plain");
-            if (!write_file(plain, medium.image) || !run({"gzip", "-6", "-c"}, plain.string(), path.string()).ok) return 1;
+            if (!write_file(plain, medium.image) || !run({"gzip", "-6", "-c"}, plain.string(), path.string()).ok)
+                return 1;
             fs::remove(plain);
         } else if (!write_file(path, medium.image)) {
             return 1;
@@ -128,7 +134,7 @@ int configure(const std::string& catalog_path, int calls) {
     std::ifstream in(catalog_path, std::ios::binary);
     const std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
     if (std::any_of(bytes.begin(), bytes.end(), [](char c) { return static_cast<unsigned char>(c) > 0x7F; })) return 1;
-    const std::u16string catalog(bytes.begin(), bytes.end());  // ASCII paths only, widened as they are
+    const std::u16string catalog(bytes.begin(), bytes.end()); // ASCII paths only, widened as they are
     const kq::content::MediumAnalyser analyser = kq::content::media_layer_analyser();
     std::optional<std::string> xml;
     std::vector<double> seconds;
@@ -152,7 +158,8 @@ int configure(const std::string& catalog_path, int calls) {
 int main(int argc, char** argv) {
     const bool summary = kq::bench::take_flag(argc, argv, "--summary");
     if (argc == 3 && std::strcmp(argv[1], "--write-media") == 0) return write_media(argv[2]);
-    if (argc == 4 && std::strcmp(argv[1], "--configure") == 0) return configure(argv[2], std::max(1, std::atoi(argv[3])));
+    if (argc == 4 && std::strcmp(argv[1], "--configure") == 0)
+        return configure(argv[2], std::max(1, std::atoi(argv[3])));
 
     int calls = 100;
     fs::path folder = fs::temp_directory_path();
@@ -175,7 +182,8 @@ int main(int argc, char** argv) {
 
     const Measurement ours = run({self, "--configure", catalog, calls_text}, {}, report);
     const std::map<std::string, double> ours_values = kq::bench::read_report(report);
-    if (!ours.ok || ours_values.count("media") == 0 || ours_values.at("media") != kMediaCount || ours_values.at("boots_cd") != 1)
+    if (!ours.ok || ours_values.count("media") == 0 || ours_values.at("media") != kMediaCount ||
+        ours_values.at("boots_cd") != 1)
         fail("the module's auto-configuration failed");
     const Measurement peer = run({"python3", KQ_CATALOG_READER, catalog, calls_text}, {}, report);
     const std::map<std::string, double> peer_values = kq::bench::read_report(report);
@@ -185,10 +193,12 @@ int main(int argc, char** argv) {
     const auto value = [](const std::map<std::string, double>& values, const char* key) {
         return values.count(key) ? values.at(key) : 0.0;
     };
-    const double ours_seconds = value(ours_values, "fastest_seconds"), peer_seconds = value(peer_values, "fastest_seconds");
+    const double ours_seconds = value(ours_values, "fastest_seconds"),
+                 peer_seconds = value(peer_values, "fastest_seconds");
     std::uintmax_t media_bytes = 0;
     for (const fs::directory_entry& entry : fs::directory_iterator(folder))
-        if (entry.path().filename() != "catalog.xml" && entry.path().filename() != "report.txt") media_bytes += entry.file_size();
+        if (entry.path().filename() != "catalog.xml" && entry.path().filename() != "report.txt")
+            media_bytes += entry.file_size();
     std::printf("Catalog: %zu media, %ju bytes in all, in %s; %d calls per contender\n\n", kMediaCount,
                 static_cast<std::uintmax_t>(media_bytes), folder.c_str(), calls);
     std::printf("| %-34s | %11s | %10s | %9s |\n", "", "fastest ms", "median ms", "peak KiB");

@@ -17,7 +17,7 @@ namespace kq::bench {
 struct Measurement {
     double seconds = 0;
     long peak_kib = 0;
-    bool ok = false;  // exited with status 0
+    bool ok = false; // exited with status 0
 };
 
 // Runs `arguments` (found on PATH) with standard input from `in` and standard output to `out`

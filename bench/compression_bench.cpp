@@ -45,8 +45,9 @@ void write_image(const fs::path& path, std::size_t megabytes) {
     std::ofstream out(path, std::ios::binary);
     std::mt19937 random(42);
     std::vector<char> block(1 << 20);
-    static constexpr const char* kWords[] = {"AmigaDOS ", "Workbench ", "LIBS:", "dos.library ", "\n", "C:Copy ",
-                                             "move.l d0,a1 ", "Startup-Sequence ", "0123456789 "};
+    static constexpr const char* kWords[] = {"AmigaDOS ",  "Workbench ", "LIBS:",         "dos.library ",
+                                             "\n",         "C:Copy ",    "move.l d0,a1 ", "Startup-Sequence ",
+                                             "0123456789 "};
     for (std::size_t mb = 0; mb < megabytes; ++mb) {
         const unsigned kind = random() % 10;
         if (kind < 4) {
@@ -70,7 +71,8 @@ bool same_content(const fs::path& a, const fs::path& b) {
     while (first && second) {
         first.read(x.data(), static_cast<std::streamsize>(x.size()));
         second.read(y.data(), static_cast<std::streamsize>(y.size()));
-        if (first.gcount() != second.gcount() || std::memcmp(x.data(), y.data(), static_cast<std::size_t>(first.gcount())) != 0)
+        if (first.gcount() != second.gcount() ||
+            std::memcmp(x.data(), y.data(), static_cast<std::size_t>(first.gcount())) != 0)
             return false;
     }
     return !first && !second;
@@ -80,7 +82,8 @@ std::u16string module_path(const std::string& path) { return std::u16string(path
 
 // The worker mode: one operation of the module, in a process of its own.
 int worker(const std::string& operation, const std::string& in, const std::string& out) {
-    if (operation == "deflate") return kq::media::deflate_file(module_path(in), module_path(out)) == kq::status::ok ? 0 : 1;
+    if (operation == "deflate")
+        return kq::media::deflate_file(module_path(in), module_path(out)) == kq::status::ok ? 0 : 1;
     if (operation == "inflate")
         return kq::media::inflate_file(module_path(in), module_path(out)) == kq::media::InflateError::none ? 0 : 1;
     return 2;
@@ -133,7 +136,8 @@ int main(int argc, char** argv) {
     report("deflate", static_cast<double>(megabytes), ours_deflate, gzip_deflate);
     report("inflate", static_cast<double>(megabytes), ours_inflate, gzip_inflate);
     std::printf("\n(ratio: gzip's time over the module's; above 1, the module is faster)\n");
-    std::printf("Sizes: module %ju bytes, gzip -6 %ju bytes\n", static_cast<std::uintmax_t>(fs::file_size(file("ours.hdz"))),
+    std::printf("Sizes: module %ju bytes, gzip -6 %ju bytes\n",
+                static_cast<std::uintmax_t>(fs::file_size(file("ours.hdz"))),
                 static_cast<std::uintmax_t>(fs::file_size(file("gzip.gz"))));
 
     // The module's memory on an image a quarter of the size.

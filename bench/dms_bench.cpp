@@ -90,8 +90,8 @@ int main(int argc, char** argv) {
     }
     std::sort(archives.begin(), archives.end());
 
-    std::printf("%d unpacks of a whole disk's worth per process, fastest of %d processes; images in %s\n\n", repetitions, rounds,
-                folder.c_str());
+    std::printf("%d unpacks of a whole disk's worth per process, fastest of %d processes; images in %s\n\n",
+                repetitions, rounds, folder.c_str());
     std::printf("| %-20s | %8s | %8s | %5s | %9s | %9s |\n", "", "module", "xdms", "ratio", "module", "xdms");
     std::printf("| %-20s | %8s | %8s | %5s | %9s | %9s |\n", "archive", "MiB/s", "MiB/s", "", "peak KiB", "peak KiB");
     std::printf("|----------------------|----------|----------|-------|-----------|-----------|\n");
@@ -105,9 +105,10 @@ int main(int argc, char** argv) {
         // `repetitions` unpacks of a whole disk and starting it does not dominate.
         run({"xdms", "-q", "u", in, "+" + xdms_out});
         const std::uintmax_t image_bytes = fs::exists(xdms_out) ? fs::file_size(xdms_out) : 0;
-        const int times = image_bytes == 0 ? repetitions
-                                            : std::max(repetitions, static_cast<int>(repetitions * 901120.0 /
-                                                                                     static_cast<double>(image_bytes)));
+        const int times =
+            image_bytes == 0
+                ? repetitions
+                : std::max(repetitions, static_cast<int>(repetitions * 901120.0 / static_cast<double>(image_bytes)));
         std::vector<std::string> xdms_command = {"xdms", "-q", "u"};
         for (int i = 0; i < times; ++i) xdms_command.insert(xdms_command.end(), {in, "+" + xdms_out});
         const Measurement ours = best_of(rounds, {self, "--worker", std::to_string(times), in, ours_out});
@@ -121,9 +122,8 @@ int main(int argc, char** argv) {
             continue;
         }
         const double mebibytes = static_cast<double>(xdms_bytes) * times / (1024.0 * 1024.0);
-        std::printf("| %-20s | %8.1f | %8.1f | %5.2f | %9ld | %9ld |\n", name.c_str(),
-                    mebibytes / ours.seconds, mebibytes / xdms.seconds, xdms.seconds / ours.seconds, ours.peak_kib,
-                    xdms.peak_kib);
+        std::printf("| %-20s | %8.1f | %8.1f | %5.2f | %9ld | %9ld |\n", name.c_str(), mebibytes / ours.seconds,
+                    mebibytes / xdms.seconds, xdms.seconds / ours.seconds, ours.peak_kib, xdms.peak_kib);
         ours_total += ours.seconds;
         xdms_total += xdms.seconds;
         mebibytes_total += mebibytes;

@@ -8,10 +8,10 @@
 // type it, each handled as a Wayland or X client does (keysym, compose state for dead keys,
 // character, state update). Each peer checks that its keystroke gave the character.
 
+#include "bench/xkb_keyboard.h"
 #include "input/key_translation.h"
 #include "input/keyboard_input_data.h"
 #include "input/keyboard_layouts.h"
-#include "bench/xkb_keyboard.h"
 
 #include <benchmark/benchmark.h>
 
@@ -44,7 +44,9 @@ constexpr std::uint32_t kDown = host_key::key_down | host_key::translate_charact
 
 struct Keyboard {
     KeyboardInputData* record = nullptr;
-    explicit Keyboard(const char16_t* layout) { make_keyboard_input_data(&record, u"bench", layout, nullptr, 0, 0, 0, 0); }
+    explicit Keyboard(const char16_t* layout) {
+        make_keyboard_input_data(&record, u"bench", layout, nullptr, 0, 0, 0, 0);
+    }
     ~Keyboard() { free_keyboard_input_data(record); }
 
     // One keystroke as a host sends it; returns the number of events.

@@ -1,6 +1,6 @@
 // Throughput and peak memory of typing a 1 MB text: the raw key string of the whole text
-// (raw_key_string_block, mode 0, as KQGetStringRawKeys makes it) in the en-us and de-de layouts, against libxkbcommon typing the same
-// text on the matching XKB layouts (us and de with dead keys) in the same run:
+// (raw_key_string_block, mode 0, as KQGetStringRawKeys makes it) in the en-us and de-de layouts, against libxkbcommon
+// typing the same text on the matching XKB layouts (us and de with dead keys) in the same run:
 //
 //   cmake --preset bench && cmake --build --preset bench && build/bench/bench/typing_bench
 //
@@ -53,12 +53,12 @@ namespace {
 // Writes `characters` UTF-16LE code units of mixed text (no byte-order mark).
 void write_text(const std::string& path, std::size_t characters) {
     static constexpr std::u16string_view kWords[] = {
-        u"the",     u"Amiga", u"disk",   u"Workbench", u"Grüße",  u"Straße", u"café",   u"naïve",
-        u"über",    u"Ærø",   u"élève",  u"año",       u"Müller", u"façade", u"déjà",   u"vu",
-        u"Åsa",     u"smörgåsbord",      u"crème",     u"brûlée", u"ÇA",     u"Öl",     u"and",
-        u"of",      u"to",    u"Kickstart",            u"copper", u"blitter", u"Paula", u"Denise"};
-    static constexpr std::u16string_view kSeparators[] = {u" ", u" ", u" ", u" ", u", ", u". ", u"; ", u": ",
-                                                          u"! ", u"? ", u" (", u") ", u" - ", u"\"", u"'", u"/",
+        u"the",  u"Amiga",       u"disk",   u"Workbench", u"Grüße",  u"Straße", u"café", u"naïve",
+        u"über", u"Ærø",         u"élève",  u"año",       u"Müller", u"façade", u"déjà", u"vu",
+        u"Åsa",  u"smörgåsbord", u"crème",  u"brûlée",    u"ÇA",     u"Öl",     u"and",  u"of",
+        u"to",   u"Kickstart",   u"copper", u"blitter",   u"Paula",  u"Denise"};
+    static constexpr std::u16string_view kSeparators[] = {u" ",  u" ",   u" ",  u" ",  u", ",  u". ", u"; ", u": ",
+                                                          u"! ", u"? ",  u" (", u") ", u" - ", u"\"", u"'",  u"/",
                                                           u" #", u" & ", u" @", u"% ", u" + ", u" = "};
     std::mt19937 random(1985);
     std::u16string text;
@@ -98,12 +98,14 @@ std::u16string read_text(const std::string& path) {
 
 std::size_t occurrences(std::u16string_view text, std::u16string_view what) {
     std::size_t count = 0;
-    for (std::size_t at = text.find(what); at != std::u16string_view::npos; at = text.find(what, at + what.size())) ++count;
+    for (std::size_t at = text.find(what); at != std::u16string_view::npos; at = text.find(what, at + what.size()))
+        ++count;
     return count;
 }
 
 // The fastest of `rounds` calls of `call`, each after an untimed `prepare`.
-template <class Prepare, class Call> double fastest(int rounds, Prepare&& prepare, Call&& call) {
+template <class Prepare, class Call>
+double fastest(int rounds, Prepare&& prepare, Call&& call) {
     double best = 0;
     for (int i = 0; i < rounds; ++i) {
         prepare();
@@ -120,11 +122,15 @@ int type_worker(const std::string& layout_id, const std::string& path, int round
     const std::u16string text = read_text(path);
     const std::u16string layout(layout_id.begin(), layout_id.end());
     kq::input::KeyboardInputData* record = nullptr;
-    if (kq::input::make_keyboard_input_data(&record, u"bench", layout.c_str(), nullptr, 0, 0, 0, 0) != kq::status::ok) return 1;
+    if (kq::input::make_keyboard_input_data(&record, u"bench", layout.c_str(), nullptr, 0, 0, 0, 0) != kq::status::ok)
+        return 1;
     kq::platform::HeapBlock block;
-    const double seconds = fastest(rounds, [&] {
-        block = {};  // the previous round's string is freed before the clock starts
-    }, [&] { block = kq::input::raw_key_string_block(kq::platform::Heap::global, *record, text, 0); });
+    const double seconds = fastest(
+        rounds,
+        [&] {
+            block = {}; // the previous round's string is freed before the clock starts
+        },
+        [&] { block = kq::input::raw_key_string_block(kq::platform::Heap::global, *record, text, 0); });
     kq::input::free_keyboard_input_data(record);
     if (!block) return 1;
     const std::u16string_view keys(reinterpret_cast<const char16_t*>(block.data()));
@@ -140,28 +146,34 @@ int xkb_worker(const char* layout, const char* variant, const std::string& path,
     if (!keyboard.ok()) return 1;
     for (const char16_t unit : text) {
         if (keyboard.strokes(unit).empty()) {
-            std::fprintf(stderr, "typing_bench: %s(%s) cannot type U+%04X\n", layout, variant, static_cast<unsigned>(unit));
+            std::fprintf(stderr, "typing_bench: %s(%s) cannot type U+%04X\n", layout, variant,
+                         static_cast<unsigned>(unit));
             return 1;
         }
     }
     std::vector<kq::bench::XkbKeyEvent> events;
     std::u32string typed;
-    const double seconds = fastest(rounds, [&] {
-        std::vector<kq::bench::XkbKeyEvent>().swap(events);
-        std::u32string().swap(typed);
-    }, [&] {
-        kq::bench::XkbClient& client = keyboard.client();
-        for (const char16_t unit : text) {
-            for (const kq::bench::XkbKeyEvent event : keyboard.strokes(unit)) {
-                events.push_back(event);
-                if (const char32_t character = client.handle(event); character != 0) typed += character;
+    const double seconds = fastest(
+        rounds,
+        [&] {
+            std::vector<kq::bench::XkbKeyEvent>().swap(events);
+            std::u32string().swap(typed);
+        },
+        [&] {
+            kq::bench::XkbClient& client = keyboard.client();
+            for (const char16_t unit : text) {
+                for (const kq::bench::XkbKeyEvent event : keyboard.strokes(unit)) {
+                    events.push_back(event);
+                    if (const char32_t character = client.handle(event); character != 0) typed += character;
+                }
             }
-        }
-    });
+        });
     // The text has no surrogates (Latin-1 only) and its line feeds are typed as Return.
     bool same = typed.size() == text.size();
-    for (std::size_t i = 0; same && i < text.size(); ++i) same = typed[i] == (text[i] == u'\n' ? U'\r' : char32_t{text[i]});
-    const auto downs = std::count_if(events.begin(), events.end(), [](const kq::bench::XkbKeyEvent& e) { return e.down; });
+    for (std::size_t i = 0; same && i < text.size(); ++i)
+        same = typed[i] == (text[i] == u'\n' ? U'\r' : char32_t{text[i]});
+    const auto downs =
+        std::count_if(events.begin(), events.end(), [](const kq::bench::XkbKeyEvent& e) { return e.down; });
     std::printf("seconds=%.9f events=%zu downs=%td ups=%td typed=%d\n", seconds, events.size(), downs,
                 static_cast<std::ptrdiff_t>(events.size()) - downs, same ? 1 : 0);
     return same ? 0 : 1;
@@ -176,13 +188,15 @@ int main(int argc, char** argv) {
         return 0;
     }
     if (argc == 5 && std::strcmp(argv[1], "--type") == 0) return type_worker(argv[2], argv[3], std::atoi(argv[4]));
-    if (argc == 6 && std::strcmp(argv[1], "--xkb") == 0) return xkb_worker(argv[2], argv[3], argv[4], std::atoi(argv[5]));
+    if (argc == 6 && std::strcmp(argv[1], "--xkb") == 0)
+        return xkb_worker(argv[2], argv[3], argv[4], std::atoi(argv[5]));
 
     std::size_t characters = 1'000'000;
     int rounds = 5;
     fs::path folder = fs::temp_directory_path();
     for (int i = 1; i + 1 < argc; i += 2) {
-        if (std::strcmp(argv[i], "--characters") == 0) characters = std::max(1ul, std::strtoul(argv[i + 1], nullptr, 10));
+        if (std::strcmp(argv[i], "--characters") == 0)
+            characters = std::max(1ul, std::strtoul(argv[i + 1], nullptr, 10));
         if (std::strcmp(argv[i], "--rounds") == 0) rounds = std::max(1, std::atoi(argv[i + 1]));
         if (std::strcmp(argv[i], "--folder") == 0) folder = argv[i + 1];
     }
@@ -202,7 +216,7 @@ int main(int argc, char** argv) {
     // One layout of the module and the XKB layout that types the same characters.
     struct Pair {
         const char* layout;
-        const char* key;  // of the summary's fields
+        const char* key; // of the summary's fields
         const char* xkb_layout;
         const char* xkb_variant;
         double module_seconds = 0, units = 0, xkb_seconds = 0, xkb_events = 0;
@@ -238,8 +252,8 @@ int main(int argc, char** argv) {
     // The raw key string's block: its UTF-16 units and the NUL.
     const auto output_kib = [](const Pair& pair) { return static_cast<long>((pair.units + 1) * 2 / 1024); };
     std::printf("\nText: %zu characters; fastest of %d calls per contender\n\n", characters, rounds);
-    std::printf("| %-6s | %9s | %9s | %11s | %5s | %10s | %10s | %9s |\n", "layout", "module ms", "xkb ms", "module MB/s",
-                "ratio", "module KiB", "output KiB", "xkb KiB");
+    std::printf("| %-6s | %9s | %9s | %11s | %5s | %10s | %10s | %9s |\n", "layout", "module ms", "xkb ms",
+                "module MB/s", "ratio", "module KiB", "output KiB", "xkb KiB");
     std::printf("|--------|-----------|-----------|-------------|-------|------------|------------|-----------|\n");
     for (const Pair& pair : pairs)
         std::printf("| %-6s | %9.2f | %9.2f | %11.1f | %5.2f | %10ld | %10ld | %9ld |\n", pair.layout,

@@ -69,8 +69,14 @@ std::uint64_t write_image(const fs::path& path, std::uint64_t megabytes) {
             put32(block, 20, 1);
             block[36] = 3;
             std::memcpy(&block[37], "DH0", 3);
-            for (const auto& [at, value] : {std::pair{128u, 16u}, {132u, 128u}, {140u, 1u}, {148u, kPerCylinder},
-                                            {152u, 2u}, {164u, 1u}, {168u, cylinders - 1}, {192u, 0x444F5301u}})
+            for (const auto& [at, value] : {std::pair{128u, 16u},
+                                            {132u, 128u},
+                                            {140u, 1u},
+                                            {148u, kPerCylinder},
+                                            {152u, 2u},
+                                            {164u, 1u},
+                                            {168u, cylinders - 1},
+                                            {192u, 0x444F5301u}})
                 put32(block, at, value);
             checksum(block, 64, 8);
         } else if (number == kPerCylinder) {
@@ -82,7 +88,7 @@ std::uint64_t write_image(const fs::path& path, std::uint64_t megabytes) {
             std::memcpy(&block[433], "LargeDisk", 9);
             put32(block, 508, 1);
             checksum(block, 128, 20);
-        } else if (number % 128 < 8) {  // 4 KiB of text in every 64 KiB
+        } else if (number % 128 < 8) { // 4 KiB of text in every 64 KiB
             for (std::size_t i = 0; i < block.size();) {
                 for (const char* word = kWords[random() % std::size(kWords)]; *word != 0 && i < block.size(); ++word)
                     block[i++] = *word;
@@ -99,7 +105,8 @@ int main(int argc, char** argv) {
     const bool summary = kq::bench::take_flag(argc, argv, "--summary");
     if (argc == 3 && std::strcmp(argv[1], "--worker") == 0) {
         const std::string path = argv[2];
-        const std::optional<std::u16string> name = kq::media::read_volume_name(std::u16string(path.begin(), path.end()));
+        const std::optional<std::u16string> name =
+            kq::media::read_volume_name(std::u16string(path.begin(), path.end()));
         return name == u"LargeDisk" ? 0 : 1;
     }
     std::uint64_t megabytes = 1024;

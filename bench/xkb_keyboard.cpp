@@ -16,7 +16,8 @@ XkbKeyboard::XkbKeyboard(const char* layout, const char* variant) {
     const xkb_rule_names names{"evdev", "pc105", layout, variant, nullptr};
     keymap_.reset(xkb_keymap_new_from_names(context_.get(), &names, XKB_KEYMAP_COMPILE_NO_FLAGS));
     if (!keymap_) return;
-    compose_table_.reset(xkb_compose_table_new_from_locale(context_.get(), "en_US.UTF-8", XKB_COMPOSE_COMPILE_NO_FLAGS));
+    compose_table_.reset(
+        xkb_compose_table_new_from_locale(context_.get(), "en_US.UTF-8", XKB_COMPOSE_COMPILE_NO_FLAGS));
     if (!compose_table_) return;
     learn_strokes();
     client_ = std::make_unique<XkbClient>(keymap_.get(), compose_table_.get());
@@ -80,11 +81,14 @@ void XkbKeyboard::learn_strokes() {
             for (const xkb_keycode_t modifier : held) events.push_back({modifier, true});
             events.push_back({code, true});
             events.push_back({code, false});
-            for (auto modifier = held.rbegin(); modifier != held.rend(); ++modifier) events.push_back({*modifier, false});
+            for (auto modifier = held.rbegin(); modifier != held.rend(); ++modifier)
+                events.push_back({*modifier, false});
             const auto [characters, composing] = type(events, {});
             learn(characters, events, {});
-            if (characters.size() == 1) direct.push_back(std::move(events));
-            else if (composing) dead.push_back(std::move(events));
+            if (characters.size() == 1)
+                direct.push_back(std::move(events));
+            else if (composing)
+                dead.push_back(std::move(events));
         }
     }
     // Every dead key followed by every key.

@@ -27,7 +27,8 @@ struct XkbDeleter {
     void operator()(xkb_compose_table* p) const { xkb_compose_table_unref(p); }
     void operator()(xkb_compose_state* p) const { xkb_compose_state_unref(p); }
 };
-template <class T> using XkbPointer = std::unique_ptr<T, XkbDeleter>;
+template <class T>
+using XkbPointer = std::unique_ptr<T, XkbDeleter>;
 
 struct XkbKeyEvent {
     xkb_keycode_t key;
@@ -74,7 +75,7 @@ private:
     XkbPointer<xkb_keymap> keymap_;
     XkbPointer<xkb_compose_table> compose_table_;
     std::unique_ptr<XkbClient> client_;
-    std::vector<XkbKeyEvent> events_;  // every character's strokes, one after another
+    std::vector<XkbKeyEvent> events_; // every character's strokes, one after another
     struct Span {
         std::uint32_t first, count;
     };

@@ -1,8 +1,8 @@
 #include "common/integer_text.h"
 
 #include <algorithm>
-#include <string>
 #include <limits>
+#include <string>
 
 namespace kq {
 namespace {
@@ -23,8 +23,7 @@ std::optional<std::int32_t> read_integer_prefix(std::u16string_view text, int ba
     while (i < text.size() && is_space(text[i])) ++i;
     bool negative = false;
     if (i < text.size() && (text[i] == u'+' || text[i] == u'-')) negative = text[i++] == u'-';
-    const bool has_hex_prefix = i + 1 < text.size() && text[i] == u'0' &&
-                                (text[i + 1] == u'x' || text[i + 1] == u'X');
+    const bool has_hex_prefix = i + 1 < text.size() && text[i] == u'0' && (text[i + 1] == u'x' || text[i + 1] == u'X');
     if (base == 0) {
         if (has_hex_prefix && i + 2 < text.size() && digit_value(text[i + 2]) < 16)
             base = 16, i += 2;

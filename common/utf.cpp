@@ -39,8 +39,7 @@ std::optional<std::u16string> utf8_to_utf16(std::string_view utf8) {
             if (!is_continuation(next)) return std::nullopt;
             code = code << 6 | (next & 0x3F);
         }
-        if (code < minimum || code > 0x10FFFF || is_high_surrogate(code) || is_low_surrogate(code))
-            return std::nullopt;
+        if (code < minimum || code > 0x10FFFF || is_high_surrogate(code) || is_low_surrogate(code)) return std::nullopt;
         if (code >= 0x10000) {
             code -= 0x10000;
             out.push_back(static_cast<char16_t>(0xD800 + (code >> 10)));

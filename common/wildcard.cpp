@@ -12,8 +12,7 @@ bool wildcard_match(std::u16string_view pattern, std::u16string_view name) {
         if (p < pattern.size() && pattern[p] == u'*') {
             star = p++;
             resume = n;
-        } else if (p < pattern.size() &&
-                   (pattern[p] == u'?' || ascii_lower(pattern[p]) == ascii_lower(name[n]))) {
+        } else if (p < pattern.size() && (pattern[p] == u'?' || ascii_lower(pattern[p]) == ascii_lower(name[n]))) {
             ++p;
             ++n;
         } else if (star != std::u16string_view::npos) {

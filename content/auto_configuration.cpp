@@ -5,8 +5,8 @@
 #include "common/integer_text.h"
 #include "common/windows_path.h"
 #include "manifest/manifest_document.h"
-#include "media/image_formats.h"
 #include "media/cue_sheet.h"
+#include "media/image_formats.h"
 
 #include <algorithm>
 #include <array>
@@ -47,9 +47,7 @@ constexpr KindElement kKindElements[] = {
     {MediumKind::cd, "cd"},
 };
 
-const char* element_of(MediumKind kind) {
-    return std::ranges::find(kKindElements, kind, &KindElement::kind)->element;
-}
+const char* element_of(MediumKind kind) { return std::ranges::find(kKindElements, kind, &KindElement::kind)->element; }
 
 bool is_disc_image(std::u16string_view path) { return media_kind_of(path) == MediumKind::cd; }
 
@@ -142,7 +140,8 @@ HResult find_boot_medium(const std::vector<std::u16string>& paths, const MediumA
             boot = i;
             return status::ok;
         }
-        if (analysis.analysis_class != AnalysisClass::unknown && analysis.analysis_class != AnalysisClass::not_bootable) {
+        if (analysis.analysis_class != AnalysisClass::unknown &&
+            analysis.analysis_class != AnalysisClass::not_bootable) {
             if (model.is_replaceable) {
                 if (analysis.analysis_class == AnalysisClass::later_kickstart)
                     model.id = kA1200;
@@ -157,8 +156,8 @@ HResult find_boot_medium(const std::vector<std::u16string>& paths, const MediumA
             return status::ok;
         }
     }
-    const auto not_floppy =
-        std::ranges::find_if(paths, [](const std::u16string& path) { return media_kind_of(path) != MediumKind::floppy; });
+    const auto not_floppy = std::ranges::find_if(
+        paths, [](const std::u16string& path) { return media_kind_of(path) != MediumKind::floppy; });
     if (not_floppy != paths.end()) boot = static_cast<std::size_t>(not_floppy - paths.begin());
     return status::ok;
 }
@@ -252,7 +251,8 @@ MediumKind media_kind_of(std::u16string_view path) {
 }
 
 MediumAnalyser media_layer_analyser() {
-    return [](std::u16string_view path, media::MediumAnalysis& analysis) { return media::analyse_medium(path, analysis); };
+    return
+        [](std::u16string_view path, media::MediumAnalysis& analysis) { return media::analyse_medium(path, analysis); };
 }
 
 HResult auto_configure(std::u16string_view catalog, const MediumAnalyser& analyse, std::optional<std::string>& xml) {
@@ -268,7 +268,8 @@ HResult auto_configure(std::u16string_view catalog, const MediumAnalyser& analys
     if (const HResult found = find_boot_medium(media.paths, analyse, catalog_year(document), model, boot);
         found != status::ok)
         return found;
-    if (boot && *boot > 0) std::rotate(media.paths.begin(), media.paths.begin() + *boot, media.paths.begin() + *boot + 1);
+    if (boot && *boot > 0)
+        std::rotate(media.paths.begin(), media.paths.begin() + *boot, media.paths.begin() + *boot + 1);
     if (model.id.empty()) return status::failed;
 
     if (const HResult rebuilt = rebuild(document, media.paths, boot.has_value(), model.id); rebuilt != status::ok)

@@ -119,13 +119,13 @@ std::optional<std::u16string> configuration_summary(std::u16string_view list, st
         const std::u16string_view path = without_prefix(field_of(entry, 1));
         if (path.empty()) continue;
         DiskSummary disk;
-        if (!is_device_path(path)) {  // a directly attached disk has neither volumes nor devices
+        if (!is_device_path(path)) { // a directly attached disk has neither volumes nor devices
             if (const std::optional<MountRecord> record = find_mount_record(records, path)) {
                 disk = describe_recorded_disk(*record, allocator);
             } else if (std::optional<DiskSummary> found = describe_unrecorded_disk(path, allocator)) {
                 disk = std::move(*found);
             } else {
-                continue;  // neither configured by the host nor there
+                continue; // neither configured by the host nor there
             }
         }
         const std::optional<std::u16string> line = summary_line(field_of(entry, 0), disk, is_short);

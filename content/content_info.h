@@ -21,8 +21,8 @@ namespace kq::content {
 // The host's drive types.
 enum class DriveType : std::uint8_t { floppy = 0, hard_disk = 1, cd = 2, network = 3 };
 
-inline constexpr std::uint32_t kContentInfoRuntime = 0x1;  // the records are runtime lines
-inline constexpr std::uint32_t kContentInfoShort = 0x2;    // configuration mode's short form
+inline constexpr std::uint32_t kContentInfoRuntime = 0x1; // the records are runtime lines
+inline constexpr std::uint32_t kContentInfoShort = 0x2;   // configuration mode's short form
 
 // The summary; `list` is read in configuration mode only. nullopt when a text of the string
 // table could not be formatted.

@@ -32,9 +32,9 @@ std::vector<std::u16string> list_entries(std::u16string_view field);
 std::optional<std::u16string_view> key_value(std::u16string_view line, std::u16string_view key);
 
 struct MountRecord {
-    std::u16string_view name;     // compared with a disk's path
-    std::u16string_view devices;  // list; a first entry ":nomount:" means not mounted
-    std::u16string_view volumes;  // list
+    std::u16string_view name;    // compared with a disk's path
+    std::u16string_view devices; // list; a first entry ":nomount:" means not mounted
+    std::u16string_view volumes; // list
     std::u16string_view kind;
 };
 

@@ -37,7 +37,7 @@ std::u16string medium_description(std::u16string_view name, std::u16string_view 
 
 struct DriveContent {
     StringId template_id;
-    std::u16string description;  // the %2 of the template
+    std::u16string description; // the %2 of the template
 };
 
 DriveContent hard_disk_content(std::u16string_view list, std::u16string_view records,

@@ -1,8 +1,8 @@
 #include "content/file_associations.h"
 
 #include "common/integer_text.h"
-#include "content/content_info.h"
 #include "content/configuration_import/configuration_import.h"
+#include "content/content_info.h"
 #include "content/content_texts.h"
 #include "media/image_formats.h"
 #include "module/record_packer.h"
@@ -14,8 +14,8 @@
 namespace kq::content {
 namespace {
 
-constexpr std::uint16_t kNone = 0;               // no text, no icon
-constexpr std::size_t kMaxShortTextChars = 100;  // type name, extension description, filter name
+constexpr std::uint16_t kNone = 0;              // no text, no icon
+constexpr std::size_t kMaxShortTextChars = 100; // type name, extension description, filter name
 
 // The flag sets as the host expects them; the module gives them no meaning of its own.
 constexpr std::uint32_t kWritableImageFlags = 3, kReadOnlyFlags = 0, kConfigurationFileFlags = 7;
@@ -82,8 +82,8 @@ static_assert(std::ranges::all_of(kRows, [](const FileAssociationRow& row) {
 static_assert(std::ranges::all_of(kRows, [](const FileAssociationRow& row) {
     const bool described = row.type_name != kNone && row.extension_description != kNone &&
                            row.long_description != kNone && row.icon != kNone;
-    const bool bare = row.type_name == kNone && row.extension_description == kNone &&
-                      row.long_description == kNone && row.icon == kNone;
+    const bool bare = row.type_name == kNone && row.extension_description == kNone && row.long_description == kNone &&
+                      row.icon == kNone;
     return row.filter_name != kNone && (described || bare);
 }));
 
@@ -95,8 +95,9 @@ struct TypeUse {
 TypeUse use_of(const FileAssociationRow& row) {
     const media::ImageFormat* format = media::find_image_format(row.extension);
     if (format == nullptr) return {DriveType::floppy, kConfigurationFileFlags};
-    constexpr DriveType kDrives[] = {DriveType::floppy, DriveType::hard_disk, DriveType::cd};  // by MediumKind
-    return {kDrives[static_cast<std::size_t>(format->kind)], format->is_writable ? kWritableImageFlags : kReadOnlyFlags};
+    constexpr DriveType kDrives[] = {DriveType::floppy, DriveType::hard_disk, DriveType::cd}; // by MediumKind
+    return {kDrives[static_cast<std::size_t>(format->kind)],
+            format->is_writable ? kWritableImageFlags : kReadOnlyFlags};
 }
 
 std::u16string loaded_text(StringId id, std::size_t max_chars) {

@@ -18,15 +18,15 @@ inline constexpr std::uint32_t kFileAssociationCount = 10;
 inline constexpr std::uint16_t kFloppyDiskIcon = 144, kHardDiskIcon = 163;
 
 struct FileAssociationTexts {
-    std::u16string extension;              // without its dot
-    std::u16string type_name;              // empty when the type has none
-    std::u16string extension_description;  // empty when none
-    std::u16string long_description;       // empty when none
-    std::u16string filter_pattern;         // "*.<extension>"
+    std::u16string extension;             // without its dot
+    std::u16string type_name;             // empty when the type has none
+    std::u16string extension_description; // empty when none
+    std::u16string long_description;      // empty when none
+    std::u16string filter_pattern;        // "*.<extension>"
     std::u16string filter_name;
-    std::u16string icon_location;          // "<module path>,-<icon id>"; empty when none
-    std::uint32_t category = 0;            // the drive that takes the type: 0 floppy, 1 hard disk, 2 CD
-    std::uint32_t flags = 0;               // handed to the host as they stand
+    std::u16string icon_location; // "<module path>,-<icon id>"; empty when none
+    std::uint32_t category = 0;   // the drive that takes the type: 0 floppy, 1 hard disk, 2 CD
+    std::uint32_t flags = 0;      // handed to the host as they stand
 };
 
 // Type `index` with its texts loaded, its icon located in the module file `module_path` (no

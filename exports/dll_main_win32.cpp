@@ -2,8 +2,8 @@
 
 #include "platform/module_file.h"
 
-#include <libxml/parser.h>
 #include <windows.h>
+#include <libxml/parser.h>
 
 // libxml2 is built with Win32 threads and LIBXML_STATIC_FOR_DLL, which makes it keep its
 // per-thread state in a TLS slot and provide this hook for the DLL that embeds it: called for
@@ -16,5 +16,5 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID reserved
     xmlDllMain(instance, reason, reserved);
     if (reason == DLL_PROCESS_DETACH) xmlCleanupParser();
     if (reason == DLL_PROCESS_ATTACH) kq::platform::set_module_instance(instance);
-    return TRUE;  // the module never refuses to load
+    return TRUE; // the module never refuses to load
 }

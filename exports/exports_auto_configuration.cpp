@@ -20,8 +20,7 @@ kq::HResult import_configuration(std::u16string_view path, std::optional<std::st
     if (!extension || !kq::equal_ignoring_case(*extension, kq::content::kConfigurationFileExtension))
         return kq::status::invalid_argument;
     std::string text;
-    if (const kq::HResult imported = kq::content::import_emulator_configuration(path, text);
-        imported != kq::status::ok)
+    if (const kq::HResult imported = kq::content::import_emulator_configuration(path, text); imported != kq::status::ok)
         return imported;
     xml = std::move(text);
     return kq::status::ok;
@@ -34,10 +33,10 @@ extern "C" kq_status KQAutoConfigureApplication(const kq_char* input, void*, uin
     if (input == nullptr || xml == nullptr) return KQ_E_POINTER;
     return kq::guard([&] {
         std::optional<std::string> text;
-        const kq::HResult result = (flags & KQ_AUTOCONFIGURE_IMPORT) != 0
-                                       ? import_configuration(kq::text_view(input), text)
-                                       : kq::content::auto_configure(kq::text_view(input),
-                                                                     kq::content::media_layer_analyser(), text);
+        const kq::HResult result =
+            (flags & KQ_AUTOCONFIGURE_IMPORT) != 0
+                ? import_configuration(kq::text_view(input), text)
+                : kq::content::auto_configure(kq::text_view(input), kq::content::media_layer_analyser(), text);
         if (result != kq::status::ok || !text) return result;
         return kq::hand_to_host(*text, xml);
     });

@@ -47,14 +47,12 @@ extern "C" kq_status KQGetRestoreSystemFilesPaths(kq_char** text, const kq_char*
     if (text == nullptr) return KQ_S_OK;
     *text = nullptr;
     if (data_folder == nullptr) return KQ_S_OK;
-    return kq::guard([&] {
-        return kq::hand_to_host(kq::manifest::restore_system_files_paths(kq::text_view(data_folder)), text);
-    });
+    return kq::guard(
+        [&] { return kq::hand_to_host(kq::manifest::restore_system_files_paths(kq::text_view(data_folder)), text); });
 }
 
-extern "C" kq_status KQGetInputPortsInfo(const kq_char* model_id, const kq_char* multitap_type,
-                                         uint32_t* port_count, uint32_t* multitap_ports, uint32_t* third,
-                                         uint32_t* fourth) {
+extern "C" kq_status KQGetInputPortsInfo(const kq_char* model_id, const kq_char* multitap_type, uint32_t* port_count,
+                                         uint32_t* multitap_ports, uint32_t* third, uint32_t* fourth) {
     if (model_id == nullptr) return KQ_E_INVALIDARG;
     const kq::manifest::InputPortsInfo info = kq::manifest::input_ports_info(kq::text_view(multitap_type));
     if (port_count != nullptr) *port_count = info.port_count;

@@ -13,9 +13,8 @@ extern "C" kq_status KQGetContentTooltip(uint8_t drive_type, uint32_t drive_inde
     if (buffer == nullptr || buffer_chars == 0) return KQ_E_INVALIDARG;
     buffer[0] = 0;
     return kq::guard([&] {
-        const std::optional<std::u16string> text =
-            kq::content::content_tooltip_text(drive_type, drive_index, kq::text_view(path), kq::text_view(label),
-                                              kq::content::media_layer_readers());
+        const std::optional<std::u16string> text = kq::content::content_tooltip_text(
+            drive_type, drive_index, kq::text_view(path), kq::text_view(label), kq::content::media_layer_readers());
         if (!text) return kq::status::out_of_memory;
         kq::copy_truncated(*text, buffer, buffer_chars);
         return kq::status::ok;

@@ -82,8 +82,7 @@ extern "C" kq_status KQGetKeyDisplayName(const kq_char* key_text, const kq_char*
     });
 }
 
-extern "C" kq_status KQGetStringRawKeys(const kq_char* text, KQKeyboardInputData* data, uint32_t mode,
-                                        kq_char** keys) {
+extern "C" kq_status KQGetStringRawKeys(const kq_char* text, KQKeyboardInputData* data, uint32_t mode, kq_char** keys) {
     if (keys == nullptr) return KQ_E_POINTER;
     *keys = nullptr;
     if (text == nullptr) return KQ_S_OK;
@@ -109,7 +108,7 @@ extern "C" kq_status KQBackupKeyboardSettings(uint32_t action) {
 extern "C" kq_status KQGetInputButtonName(uint32_t mask, uint32_t, uint32_t kind, kq_char* buffer,
                                           uint32_t buffer_chars) {
     const std::optional<kq::StringId> name = kq::input::button_name_id(mask, kind);
-    if (!name) return kq::status::from_win32(kq::platform::system_error::not_found);  // the buffer is left alone
+    if (!name) return kq::status::from_win32(kq::platform::system_error::not_found); // the buffer is left alone
     if (buffer == nullptr || buffer_chars == 0) return KQ_S_OK;
     return kq::guard([&] {
         kq::copy_truncated(kq::platform::load_string(*name, buffer_chars - 1), buffer, buffer_chars);

@@ -12,8 +12,8 @@
 #include "media/runtime_medium.h"
 #include "module/guard.h"
 
-extern "C" kq_status KQGetRuntimeMedium(const kq_char* image_path, const kq_char* alternate_folder,
-                                        kq_char* buffer, uint32_t buffer_chars, uint32_t flags) {
+extern "C" kq_status KQGetRuntimeMedium(const kq_char* image_path, const kq_char* alternate_folder, kq_char* buffer,
+                                        uint32_t buffer_chars, uint32_t flags) {
     if (image_path == nullptr || buffer == nullptr || buffer_chars == 0) return KQ_E_INVALIDARG;
     return kq::guard([&] {
         kq::media::RuntimeMediumRequest request;
@@ -51,7 +51,7 @@ extern "C" kq_status KQGetEmptyMedium2(kq_char** path, void*, uint32_t must_be_z
         const kq::HResult result = kq::media::make_empty_medium(must_be_zero, kind, path != nullptr ? &made : nullptr);
         if (result != kq::status::ok || path == nullptr) return result;
         const kq::HResult handed = kq::hand_to_host(made, path);
-        if (handed != kq::status::ok) kq::media::free_empty_medium(made);  // the host never gets to free it
+        if (handed != kq::status::ok) kq::media::free_empty_medium(made); // the host never gets to free it
         return handed;
     });
 }

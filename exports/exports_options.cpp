@@ -21,8 +21,7 @@ extern "C" kq_status KQFreeOption(KQOption* option) {
     return KQ_S_OK;
 }
 
-extern "C" kq_status KQSetOption(const kq_char* name, const kq_char* value, const kq_char*,
-                                 const kq_char*) {
+extern "C" kq_status KQSetOption(const kq_char* name, const kq_char* value, const kq_char*, const kq_char*) {
     if (name == nullptr) return KQ_E_INVALIDARG;
     return kq::guard([&] { return kq::set_option(kq::text_view(name), kq::text_view(value)); });
 }

@@ -30,8 +30,8 @@ MediumNameReaders stand_in_readers() {
                 if (path.empty()) return std::nullopt;
                 return std::u16string(path.substr(0, path.size() / 2));
             },
-            .hard_disk_names = [](std::u16string_view path, const media::HardDiskGeometry&)
-                -> std::optional<media::HardDiskNames> {
+            .hard_disk_names = [](std::u16string_view path,
+                                  const media::HardDiskGeometry&) -> std::optional<media::HardDiskNames> {
                 if (path.size() % 3 == 0) return std::nullopt;
                 return media::HardDiskNames{.device_name = u"DH9", .volume_name = std::u16string(path.substr(0, 4))};
             }};
@@ -72,7 +72,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         if (!tooltip) break;
         std::u16string slots(chars + 1, u'#');
         copy_truncated(*tooltip, reinterpret_cast<kq_char*>(slots.data()), static_cast<std::uint32_t>(chars));
-        require(slots.back() == u'#' && std::u16string_view(slots.data(), chars).find(u'\0') != std::u16string_view::npos);
+        require(slots.back() == u'#' &&
+                std::u16string_view(slots.data(), chars).find(u'\0') != std::u16string_view::npos);
     }
     return 0;
 }

@@ -64,7 +64,7 @@ void unpack_and_check(std::span<const std::uint8_t> archive) {
     CountingSink sink;
     const DmsError error = unpack_dms(source, sink);
     require(static_cast<std::uint32_t>(error) <= static_cast<std::uint32_t>(DmsError::out_of_memory));
-    require(error != DmsError::input_unopened && error != DmsError::output_uncreated);  // for files only
+    require(error != DmsError::input_unopened && error != DmsError::output_uncreated); // for files only
     if (error == DmsError::none) require(sink.total() >= kDoubleDensityCylinder);
 }
 

@@ -44,6 +44,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const InflateError error = inflate(source, sink);
     require(sink.total() <= kMaxOutputBytes);
     const auto code = static_cast<std::uint32_t>(error);
-    require(code == 0 || (code >= 4 && code <= 19));  // 2 and 3 are for files
+    require(code == 0 || (code >= 4 && code <= 19)); // 2 and 3 are for files
     return 0;
 }

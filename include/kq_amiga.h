@@ -238,8 +238,7 @@ kq_status KQGetInputPortsInfo(const kq_char* model_id, const kq_char* multitap_t
 /* The default content of a port: 0 empty, 1 mouse, 2 joystick, 3 game pad, 4 joypad (port 0:
  * 4 on "a-cd32", 2 on "a-cdtv", 1 elsewhere; other ports 0). KQ_E_INVALIDARG for a null
  * model id or content pointer. */
-kq_status KQGetDefaultInputPortContent(const kq_char* model_id, uint32_t port,
-                                       uint32_t* content);
+kq_status KQGetDefaultInputPortContent(const kq_char* model_id, uint32_t port, uint32_t* content);
 
 /* ==== Media: exports/exports_media.cpp ==== */
 
@@ -261,8 +260,8 @@ kq_status KQGetDefaultInputPortContent(const kq_char* model_id, uint32_t port,
  * 9 not gzip or ZIP, 10 encrypted, 11 corrupt data, 12 other decoder failure, 13 stored sizes
  * differ, 14 and 15 write failed, 16 gzip trailer missing, 17 ZIP data descriptor missing,
  * 18 CRC-32 mismatch, 19 size mismatch); else the file system's error. */
-#define KQ_RUNTIME_MEDIUM_NO_TIMESTAMP 0x1u  /* keep no time: the copy always counts as changed */
-#define KQ_RUNTIME_MEDIUM_CALLER_KEY 0x2u    /* the 36-character key is the buffer's text */
+#define KQ_RUNTIME_MEDIUM_NO_TIMESTAMP 0x1u /* keep no time: the copy always counts as changed */
+#define KQ_RUNTIME_MEDIUM_CALLER_KEY 0x2u   /* the 36-character key is the buffer's text */
 kq_status KQGetRuntimeMedium(const kq_char* image_path, const kq_char* alternate_folder,
                              kq_char* buffer, uint32_t buffer_chars, uint32_t flags);
 /* *changed = 1 when the copy's last-write time differs from the one recorded (or none was),
@@ -289,8 +288,7 @@ kq_status KQDismissRuntimeMedium(const kq_char* working_copy, void* reserved, ui
 #define KQ_EMPTY_MEDIUM_DD 0u /* 880 KB double-density floppy */
 #define KQ_EMPTY_MEDIUM_HD 1u /* 1,760 KB high-density floppy */
 kq_status KQGetEmptyMedium(kq_char** path, void* reserved, uint32_t must_be_zero);
-kq_status KQGetEmptyMedium2(kq_char** path, void* reserved, uint32_t must_be_zero,
-                            uint32_t kind);
+kq_status KQGetEmptyMedium2(kq_char** path, void* reserved, uint32_t must_be_zero, uint32_t kind);
 /* Always KQ_S_OK; a null path does nothing. */
 kq_status KQFreeEmptyMedium(kq_char* path);
 /* Copies a medium file into target_folder under a US-ASCII name (elements of either path with
@@ -300,12 +298,12 @@ kq_status KQFreeEmptyMedium(kq_char* path);
  * takes the data files it names along (into the same folder under their own names; a sheet
  * that names a file outside its folder is refused with KQ_STATUS_FROM_WIN32(161)).
  * KQ_S_FALSE: nothing copied (KQ_COPY_MEDIUM_SKIP_SAME_NAME). KQ_E_INVALIDARG for a null
- * argument, a zero buffer_chars or a source without "\" or "/"; KQ_E_FAIL when no free name is left;
- * KQ_STATUS_FROM_WIN32(80) when the target exists under KQ_COPY_MEDIUM_NO_OVERWRITE;
+ * argument, a zero buffer_chars or a source without "\" or "/"; KQ_E_FAIL when no free name is
+ * left; KQ_STATUS_FROM_WIN32(80) when the target exists under KQ_COPY_MEDIUM_NO_OVERWRITE;
  * KQ_STATUS_FROM_WIN32(13) when unpacking fails (nothing is left); else the file system's error. */
 #define KQ_COPY_MEDIUM_CONVERT 0x1u        /* unpack .adz and .dms into .adf, .hdz into .hdf */
 #define KQ_COPY_MEDIUM_NO_OVERWRITE 0x2u   /* fail instead of replacing an existing target */
-#define KQ_COPY_MEDIUM_UNIQUE_NAME 0x4u    /* take Name(2).ext, Name(3).ext ... when Name.ext exists */
+#define KQ_COPY_MEDIUM_UNIQUE_NAME 0x4u    /* Name(2).ext, Name(3).ext ... when Name.ext exists */
 #define KQ_COPY_MEDIUM_SKIP_SAME_NAME 0x8u /* do nothing when the name would not change */
 kq_status KQCopyMediumFile(const kq_char* source, const kq_char* target_folder, uint32_t flags,
                            kq_char* buffer, uint32_t buffer_chars);

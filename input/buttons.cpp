@@ -10,21 +10,21 @@ namespace {
 
 struct ButtonLabel {
     std::uint32_t mask;
-    StringId two_button, three_button, seven_button;  // 0: no name
+    StringId two_button, three_button, seven_button; // 0: no name
 };
 
 constexpr ButtonLabel kButtonLabels[] = {
-    {1,    strings::direction_right, strings::direction_right, strings::direction_right},
-    {2,    strings::direction_left,  strings::direction_left,  strings::direction_left},
-    {4,    strings::direction_down,  strings::direction_down,  strings::direction_down},
-    {8,    strings::direction_up,    strings::direction_up,    strings::direction_up},
-    {16,   strings::fire_1_button,   strings::fire_1_button,   strings::red_button},
-    {32,   strings::fire_2_button,   strings::fire_2_button,   strings::blue_button},
-    {64,   0,                        strings::fire_3_button,   strings::yellow_button},
-    {128,  0,                        0,                        strings::green_button},
-    {256,  0,                        0,                        strings::play_pause_button},
-    {512,  0,                        0,                        strings::reverse_button},
-    {1024, 0,                        0,                        strings::forward_button},
+    {1, strings::direction_right, strings::direction_right, strings::direction_right},
+    {2, strings::direction_left, strings::direction_left, strings::direction_left},
+    {4, strings::direction_down, strings::direction_down, strings::direction_down},
+    {8, strings::direction_up, strings::direction_up, strings::direction_up},
+    {16, strings::fire_1_button, strings::fire_1_button, strings::red_button},
+    {32, strings::fire_2_button, strings::fire_2_button, strings::blue_button},
+    {64, 0, strings::fire_3_button, strings::yellow_button},
+    {128, 0, 0, strings::green_button},
+    {256, 0, 0, strings::play_pause_button},
+    {512, 0, 0, strings::reverse_button},
+    {1024, 0, 0, strings::forward_button},
 };
 
 } // namespace

@@ -18,7 +18,7 @@ constexpr std::size_t kMaxNameChars = 100;
 
 struct DeviceCommandEntry {
     StringId name_id;
-    std::array<std::uint8_t, 4> keys;  // shown with the name, up to the first kNoKey
+    std::array<std::uint8_t, 4> keys; // shown with the name, up to the first kNoKey
     std::u16string_view command;
 };
 
@@ -34,7 +34,8 @@ constexpr DeviceCommandEntry kCdButtons[] = {
 constexpr DeviceCommandEntry kKeyboard[] = {
     {strings::left_amiga_key, {0x66, kNoKey, kNoKey, kNoKey}, u"KEY_RAW_DOWN 0x66 KEY_RAW_UP 0x66"},
     {strings::right_amiga_key, {0x67, kNoKey, kNoKey, kNoKey}, u"KEY_RAW_DOWN 0x67 KEY_RAW_UP 0x67"},
-    {strings::soft_reset, {0x63, 0x66, 0x67, kNoKey},
+    {strings::soft_reset,
+     {0x63, 0x66, 0x67, kNoKey},
      u"KEY_RAW_DOWN 0x63 KEY_RAW_DOWN 0x66 KEY_RAW_DOWN 0x67 KEY_RAW_UP 0x67 KEY_RAW_UP 0x66 KEY_RAW_UP 0x63"},
     {strings::help_key, {0x5F, kNoKey, kNoKey, kNoKey}, u"KEY_RAW_DOWN 0x5F KEY_RAW_UP 0x5F"},
 };
@@ -62,8 +63,10 @@ std::optional<DeviceCommandText> device_command(std::uint32_t index, std::uint32
                                                 std::u16string_view model_id) {
     std::span<const DeviceCommandEntry> table;
     const std::uint32_t category_byte = category & 0xFF;
-    if (category_byte == kDeviceCategoryCdButtons && equal_ignoring_case(model_id, u"a-cdtv")) table = kCdButtons;
-    else if (category_byte == kDeviceCategoryKeyboard) table = kKeyboard;
+    if (category_byte == kDeviceCategoryCdButtons && equal_ignoring_case(model_id, u"a-cdtv"))
+        table = kCdButtons;
+    else if (category_byte == kDeviceCategoryKeyboard)
+        table = kKeyboard;
     if (index >= table.size()) return std::nullopt;
     const DeviceCommandEntry& entry = table[index];
     DeviceCommandText text{platform::load_string(entry.name_id, kMaxNameChars), std::u16string(entry.command)};

@@ -15,8 +15,8 @@ namespace kq::input {
 inline constexpr std::uint32_t kDeviceCategoryCdButtons = 2, kDeviceCategoryKeyboard = 7;
 
 struct DeviceCommandText {
-    std::u16string name;     // the display name, then a tab and the keys' names when it shows keys
-    std::u16string command;  // the raw-key script
+    std::u16string name;    // the display name, then a tab and the keys' names when it shows keys
+    std::u16string command; // the raw-key script
 };
 
 // The command at `index` of the table that `category` (its low byte) and the model choose;

@@ -18,22 +18,58 @@ struct FixedName {
 
 // Raw key 0x65 (Right Alt) deliberately has no fixed name: it is named like a character key.
 constexpr FixedName kFixedNames[] = {
-    {0x0F, strings::keypad_0}, {0x1D, strings::keypad_1}, {0x1E, strings::keypad_2}, {0x1F, strings::keypad_3},
-    {0x2D, strings::keypad_4}, {0x2E, strings::keypad_5}, {0x2F, strings::keypad_6}, {0x3C, strings::keypad_period},
-    {0x3D, strings::keypad_7}, {0x3E, strings::keypad_8}, {0x3F, strings::keypad_9}, {0x40, strings::space_key},
-    {0x41, strings::backspace_key}, {0x42, strings::tab_key}, {0x43, strings::keypad_enter},
-    {0x44, strings::return_key}, {0x45, strings::escape_key}, {0x46, strings::delete_key},
-    {0x4A, strings::keypad_minus}, {0x4C, strings::cursor_up_key}, {0x4D, strings::cursor_down_key},
-    {0x4E, strings::cursor_right_key}, {0x4F, strings::cursor_left_key}, {0x50, strings::f1_key},
-    {0x51, strings::f2_key}, {0x52, strings::f3_key}, {0x53, strings::f4_key}, {0x54, strings::f5_key},
-    {0x55, strings::f6_key}, {0x56, strings::f7_key}, {0x57, strings::f8_key}, {0x58, strings::f9_key},
-    {0x59, strings::f10_key}, {0x5A, strings::keypad_bracket_template}, {0x5B, strings::keypad_bracket_template},
-    {0x5C, strings::keypad_slash}, {0x5D, strings::keypad_asterisk}, {0x5E, strings::keypad_plus},
-    {0x5F, strings::help_key}, {0x60, strings::left_shift_key}, {0x61, strings::right_shift_key},
-    {0x62, strings::caps_lock_key}, {0x63, strings::control_key}, {0x64, strings::alt_key},
-    {0x66, strings::left_amiga_key}, {0x67, strings::right_amiga_key}, {0x72, strings::stop_button},
-    {0x73, strings::play_pause_button}, {0x74, strings::previous_button}, {0x75, strings::next_button},
-    {0x76, strings::rewind_button}, {0x77, strings::forward_button},
+    {0x0F, strings::keypad_0},
+    {0x1D, strings::keypad_1},
+    {0x1E, strings::keypad_2},
+    {0x1F, strings::keypad_3},
+    {0x2D, strings::keypad_4},
+    {0x2E, strings::keypad_5},
+    {0x2F, strings::keypad_6},
+    {0x3C, strings::keypad_period},
+    {0x3D, strings::keypad_7},
+    {0x3E, strings::keypad_8},
+    {0x3F, strings::keypad_9},
+    {0x40, strings::space_key},
+    {0x41, strings::backspace_key},
+    {0x42, strings::tab_key},
+    {0x43, strings::keypad_enter},
+    {0x44, strings::return_key},
+    {0x45, strings::escape_key},
+    {0x46, strings::delete_key},
+    {0x4A, strings::keypad_minus},
+    {0x4C, strings::cursor_up_key},
+    {0x4D, strings::cursor_down_key},
+    {0x4E, strings::cursor_right_key},
+    {0x4F, strings::cursor_left_key},
+    {0x50, strings::f1_key},
+    {0x51, strings::f2_key},
+    {0x52, strings::f3_key},
+    {0x53, strings::f4_key},
+    {0x54, strings::f5_key},
+    {0x55, strings::f6_key},
+    {0x56, strings::f7_key},
+    {0x57, strings::f8_key},
+    {0x58, strings::f9_key},
+    {0x59, strings::f10_key},
+    {0x5A, strings::keypad_bracket_template},
+    {0x5B, strings::keypad_bracket_template},
+    {0x5C, strings::keypad_slash},
+    {0x5D, strings::keypad_asterisk},
+    {0x5E, strings::keypad_plus},
+    {0x5F, strings::help_key},
+    {0x60, strings::left_shift_key},
+    {0x61, strings::right_shift_key},
+    {0x62, strings::caps_lock_key},
+    {0x63, strings::control_key},
+    {0x64, strings::alt_key},
+    {0x66, strings::left_amiga_key},
+    {0x67, strings::right_amiga_key},
+    {0x72, strings::stop_button},
+    {0x73, strings::play_pause_button},
+    {0x74, strings::previous_button},
+    {0x75, strings::next_button},
+    {0x76, strings::rewind_button},
+    {0x77, strings::forward_button},
 };
 
 constexpr std::size_t kNameChars = 100;
@@ -66,7 +102,7 @@ public:
 
     bool write(std::u16string_view name) {
         std::size_t at = position_;
-        if (written_ && !continues_) ++at;  // past the NUL of the previous name, which stays
+        if (written_ && !continues_) ++at; // past the NUL of the previous name, which stays
         if (at >= buffer_.size() || buffer_.size() - at < name.size() + 1) return false;
         std::ranges::copy(name, buffer_.begin() + static_cast<std::ptrdiff_t>(at));
         position_ = at + name.size();
@@ -123,8 +159,9 @@ HResult key_display_name(const KeyboardInputData& record, std::u16string_view te
         for (int i = 0; i < 3; ++i) {
             const std::uint32_t one_stroke = stroke::nth(token->code, i);
             if (stroke::raw(one_stroke) == raw_key::none) continue;
-            const std::pair<std::uint32_t, std::uint8_t> qualifiers[] = {
-                {stroke::shift, raw_key::left_shift}, {stroke::alt, raw_key::left_alt}, {stroke::control, raw_key::control}};
+            const std::pair<std::uint32_t, std::uint8_t> qualifiers[] = {{stroke::shift, raw_key::left_shift},
+                                                                         {stroke::alt, raw_key::left_alt},
+                                                                         {stroke::control, raw_key::control}};
             for (const auto& [bit, raw] : qualifiers) {
                 if ((one_stroke & bit) == 0) continue;
                 if (!writer.write(*raw_key_name(record, raw, u'+'))) return kInsufficientBuffer;

@@ -3,7 +3,7 @@
 namespace kq::input {
 
 std::optional<std::uint8_t> look_up_key(std::span<const KeyTableEntry> table, std::uint8_t virtual_key, bool extended,
-                         const ConfigurableKey (&configurable)[3]) {
+                                        const ConfigurableKey (&configurable)[3]) {
     for (const KeyTableEntry& entry : table) {
         if ((entry.flags & kEntryMarker) == 0) {
             if (entry.key == virtual_key && ((entry.flags & kEntryExtended) != 0) == extended) return entry.raw;

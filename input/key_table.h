@@ -77,6 +77,6 @@ inline constexpr ConfigurableKey kDefaultKeyA{0x5B, 1}, kDefaultKeyB{0x5C, 1}, k
 
 // The raw key of the first entry that matches (virtual key, extended flag), if any.
 std::optional<std::uint8_t> look_up_key(std::span<const KeyTableEntry> table, std::uint8_t virtual_key, bool extended,
-                         const ConfigurableKey (&configurable)[3]);
+                                        const ConfigurableKey (&configurable)[3]);
 
 } // namespace kq::input

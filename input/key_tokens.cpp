@@ -39,9 +39,9 @@ struct CharacterName {
 
 // Characters that clash with the grammar or are hard to type, in search order.
 constexpr CharacterName kCharacterNames[] = {
-    {u"PLUS", u'+'},         {u"MINUS", u'-'},        {u"HYPHEN", 0x00AD}, {u"PERIOD", u'.'},
-    {u"COMMA", u','},        {u"EURO", 0x20AC},       {u"POUND", 0x00A3},  {u"YEN", 0x00A5},
-    {u"EQUALS", u'='},       {u"DOUBLE QUOTE", u'"'}, {u"BACKSLASH", u'\\'}, {u"SEMICOLON", u';'},
+    {u"PLUS", u'+'},   {u"MINUS", u'-'},        {u"HYPHEN", 0x00AD},   {u"PERIOD", u'.'},
+    {u"COMMA", u','},  {u"EURO", 0x20AC},       {u"POUND", 0x00A3},    {u"YEN", 0x00A5},
+    {u"EQUALS", u'='}, {u"DOUBLE QUOTE", u'"'}, {u"BACKSLASH", u'\\'}, {u"SEMICOLON", u';'},
 };
 
 constexpr bool is_blank(char16_t c) { return c == u' ' || c == u'\t'; }

@@ -18,7 +18,7 @@ std::u16string key_token(const KeyboardInputData& record, std::uint8_t raw);
 
 struct Token {
     StrokeCode code;
-    std::u16string_view rest;  // the text after the token: at its "+", or empty
+    std::u16string_view rest; // the text after the token: at its "+", or empty
 };
 
 // Reads one token from the start of `text`: its stroke code (a character's from the layout's

@@ -10,8 +10,8 @@ namespace {
 // release. A press and a release of the same key cancel each other out.
 namespace temporary {
 inline constexpr std::uint32_t left_shift_pressed = 1, left_shift_released = 2, right_shift_pressed = 4,
-                               right_shift_released = 8, alt_pressed = 16, alt_released = 32,
-                               control_pressed = 64, control_released = 128, caps_released = 256;
+                               right_shift_released = 8, alt_pressed = 16, alt_released = 32, control_pressed = 64,
+                               control_released = 128, caps_released = 256;
 } // namespace temporary
 
 void enqueue(KeyboardInputData& record, std::uint32_t event) {
@@ -52,18 +52,20 @@ struct Undo {
 };
 constexpr Undo kUndoOrder[] = {
     {temporary::left_shift_pressed, temporary::left_shift_released, false, raw_key::left_shift, modifier::left_shift},
-    {temporary::right_shift_pressed, temporary::right_shift_released, false, raw_key::right_shift, modifier::right_shift},
+    {temporary::right_shift_pressed, temporary::right_shift_released, false, raw_key::right_shift,
+     modifier::right_shift},
     {temporary::alt_pressed, temporary::alt_released, false, raw_key::left_alt, modifier::left_alt},
     {temporary::control_pressed, temporary::control_released, false, raw_key::control, modifier::control},
     {temporary::left_shift_released, temporary::left_shift_pressed, true, raw_key::left_shift, modifier::left_shift},
-    {temporary::right_shift_released, temporary::right_shift_pressed, true, raw_key::right_shift, modifier::right_shift},
+    {temporary::right_shift_released, temporary::right_shift_pressed, true, raw_key::right_shift,
+     modifier::right_shift},
     {temporary::alt_released, temporary::alt_pressed, true, raw_key::left_alt, modifier::left_alt},
     {temporary::control_released, temporary::control_pressed, true, raw_key::control, modifier::control},
     {temporary::caps_released, 0, true, raw_key::caps_lock, modifier::caps_lock},
 };
 
-void send_modifier(KeyboardInputData& record, std::uint32_t& flags, bool press, std::uint8_t raw,
-                   std::uint32_t bit, std::uint32_t flag) {
+void send_modifier(KeyboardInputData& record, std::uint32_t& flags, bool press, std::uint8_t raw, std::uint32_t bit,
+                   std::uint32_t flag) {
     enqueue(record, press ? event::press(raw) : event::release(raw));
     flags |= flag;
     if (press)
@@ -79,9 +81,11 @@ void adjust_modifiers(KeyboardInputData& record, std::uint32_t one_stroke, std::
     const std::uint32_t& held = record.modifiers;
     if ((one_stroke & stroke::shift) == 0) {
         if (held & modifier::left_shift)
-            send_modifier(record, flags, false, raw_key::left_shift, modifier::left_shift, temporary::left_shift_released);
+            send_modifier(record, flags, false, raw_key::left_shift, modifier::left_shift,
+                          temporary::left_shift_released);
         if (held & modifier::right_shift)
-            send_modifier(record, flags, false, raw_key::right_shift, modifier::right_shift, temporary::right_shift_released);
+            send_modifier(record, flags, false, raw_key::right_shift, modifier::right_shift,
+                          temporary::right_shift_released);
         if ((held & modifier::caps_lock) && caps)
             send_modifier(record, flags, false, raw_key::caps_lock, modifier::caps_lock, temporary::caps_released);
     }
@@ -103,7 +107,7 @@ constexpr bool is_ascii_letter(char16_t c) { return (c >= u'A' && c <= u'Z') || 
 
 void key_up(KeyboardInputData& record, std::uint8_t v, std::uint32_t& answer) {
     const std::uint32_t pressed = record.key_down[v];
-    if (static_cast<std::int32_t>(pressed) >= 0) {  // no press was sent for this key
+    if (static_cast<std::int32_t>(pressed) >= 0) { // no press was sent for this key
         answer = event::nothing;
         return;
     }
@@ -209,8 +213,7 @@ HResult process_keyboard_input(KeyboardInputData& record, std::uint64_t key_word
     return status::ok;
 }
 
-HResult preprocess_keyboard_input(KeyboardInputData& record, std::uint64_t key_word,
-                                  std::uint32_t* answer) noexcept {
+HResult preprocess_keyboard_input(KeyboardInputData& record, std::uint64_t key_word, std::uint32_t* answer) noexcept {
     const auto key = static_cast<std::uint32_t>(key_word);
     const auto v = static_cast<std::uint8_t>(key & 0xFF);
     const bool extended = (key & host_key::extended_bits) != 0;

@@ -33,7 +33,6 @@ HResult process_keyboard_input(KeyboardInputData& record, std::uint64_t key_word
 // Whether the module wants the character of a key about to go down: the answer is the key word
 // with bit 31 set, and bit 30 set when the character is wanted (bits 27-29 cleared unless a
 // character is pending). S_OK.
-HResult preprocess_keyboard_input(KeyboardInputData& record, std::uint64_t key_word,
-                                  std::uint32_t* answer) noexcept;
+HResult preprocess_keyboard_input(KeyboardInputData& record, std::uint64_t key_word, std::uint32_t* answer) noexcept;
 
 } // namespace kq::input

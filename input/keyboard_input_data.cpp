@@ -23,8 +23,8 @@ std::u16string_view view_of(const char16_t* text) { return text ? std::u16string
 } // namespace
 
 bool fill_keyboard_input_data(KeyboardInputData& record, const char16_t* system_id, const char16_t* layout_id,
-                              std::span<const std::uint8_t> keymap_image, std::uint32_t key_a,
-                              std::uint32_t key_b, std::uint32_t key_c) {
+                              std::span<const std::uint8_t> keymap_image, std::uint32_t key_a, std::uint32_t key_b,
+                              std::uint32_t key_c) {
     if (system_id == nullptr) return false;
     copy_id(record.system_id, view_of(system_id));
     if (layout_id == nullptr && !keymap_image.empty())
@@ -59,10 +59,9 @@ void free_keyboard_input_data(KeyboardInputData* record) noexcept {
     platform::heap_free(platform::Heap::global, record);
 }
 
-HResult make_keyboard_input_data(KeyboardInputData** record, const char16_t* system_id,
-                                 const char16_t* layout_id, const std::uint8_t* keymap_image,
-                                 std::uint32_t keymap_bytes, std::uint32_t key_a, std::uint32_t key_b,
-                                 std::uint32_t key_c) {
+HResult make_keyboard_input_data(KeyboardInputData** record, const char16_t* system_id, const char16_t* layout_id,
+                                 const std::uint8_t* keymap_image, std::uint32_t keymap_bytes, std::uint32_t key_a,
+                                 std::uint32_t key_b, std::uint32_t key_c) {
     if (record == nullptr) return status::null_pointer;
     KeyboardInputData* old_record = *record;
     KeyboardObserver* observer = old_record != nullptr ? old_record->observer : nullptr;
@@ -70,8 +69,9 @@ HResult make_keyboard_input_data(KeyboardInputData** record, const char16_t* sys
     if (!block) return status::out_of_memory;
     // The zeroed block is the record: every field of it is a plain number, array or pointer.
     auto* fresh = reinterpret_cast<KeyboardInputData*>(block.data());
-    const std::span<const std::uint8_t> image =
-        keymap_image != nullptr ? std::span<const std::uint8_t>(keymap_image, keymap_bytes) : std::span<const std::uint8_t>();
+    const std::span<const std::uint8_t> image = keymap_image != nullptr
+                                                    ? std::span<const std::uint8_t>(keymap_image, keymap_bytes)
+                                                    : std::span<const std::uint8_t>();
     try {
         if (!fill_keyboard_input_data(*fresh, system_id, layout_id, image, key_a, key_b, key_c)) {
             free_keyboard_tables(*fresh);

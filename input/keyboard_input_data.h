@@ -18,7 +18,7 @@
 namespace kq::input {
 
 inline constexpr std::size_t kKeyboardInputDataBytes = 2440;
-inline constexpr std::size_t kIdChars = 32;  // 31 characters and a NUL
+inline constexpr std::size_t kIdChars = 32; // 31 characters and a NUL
 inline constexpr std::size_t kQueueCapacity = 32;
 
 // Guest modifier state bits.
@@ -52,13 +52,13 @@ struct KeyboardInputData {
     std::uint32_t builtin_key_count;
     KeyDefaultFlag* default_flags;
     std::uint32_t default_flag_count;
-    ConfigurableKey configurable[3];  // A, B, C
+    ConfigurableKey configurable[3]; // A, B, C
     std::uint32_t modifiers;
     std::uint32_t character_pending;
     std::uint8_t pending_virtual_key;
     char16_t open_bracket, close_bracket;
-    std::uint32_t key_down[256];             // the press word of each host key's last press, or 0
-    std::uint32_t temporary_modifiers[256];  // what a host key's press did to the modifiers
+    std::uint32_t key_down[256];            // the press word of each host key's last press, or 0
+    std::uint32_t temporary_modifiers[256]; // what a host key's press did to the modifiers
     std::uint32_t queue[kQueueCapacity];
     std::int32_t queue_length;
     char16_t deferred_character;
@@ -76,8 +76,8 @@ static_assert(sizeof(KeyboardInputData) <= kKeyboardInputDataBytes);
 // mapping for the system and layout, if any). Fails (false) only without a system id; may throw
 // std::bad_alloc.
 bool fill_keyboard_input_data(KeyboardInputData& record, const char16_t* system_id, const char16_t* layout_id,
-                              std::span<const std::uint8_t> keymap_image, std::uint32_t key_a,
-                              std::uint32_t key_b, std::uint32_t key_c);
+                              std::span<const std::uint8_t> keymap_image, std::uint32_t key_a, std::uint32_t key_b,
+                              std::uint32_t key_c);
 
 // Frees the tables that the record owns (not the record).
 void free_keyboard_tables(KeyboardInputData& record) noexcept;
@@ -86,10 +86,9 @@ void free_keyboard_tables(KeyboardInputData& record) noexcept;
 // current record on entry (or null) and the new one on success; the old one's observer moves to
 // the new record, is told of it, and the old record is freed. Statuses: E_POINTER, E_OUTOFMEMORY,
 // HRESULT_FROM_WIN32(ERROR_NOT_FOUND) without a system id.
-HResult make_keyboard_input_data(KeyboardInputData** record, const char16_t* system_id,
-                                 const char16_t* layout_id, const std::uint8_t* keymap_image,
-                                 std::uint32_t keymap_bytes, std::uint32_t key_a, std::uint32_t key_b,
-                                 std::uint32_t key_c);
+HResult make_keyboard_input_data(KeyboardInputData** record, const char16_t* system_id, const char16_t* layout_id,
+                                 const std::uint8_t* keymap_image, std::uint32_t keymap_bytes, std::uint32_t key_a,
+                                 std::uint32_t key_b, std::uint32_t key_c);
 void free_keyboard_input_data(KeyboardInputData* record) noexcept;
 
 // A record that the module makes for itself for the length of one call, with its tables.

@@ -14,36 +14,36 @@ namespace {
 
 // The catalogue: the default first, then the searchable layouts in their search order.
 constexpr std::array<KeyboardLayout, 15> kLayouts{{
-    {u"en-us", strings::keyboard_layout_en_us, kKeymapImage_en_us, kCharacters_en_us,
-     kBrackets_en_us[0], kBrackets_en_us[1]},
-    {u"en-gb", strings::keyboard_layout_en_gb, kKeymapImage_en_gb, kCharacters_en_gb,
-     kBrackets_en_gb[0], kBrackets_en_gb[1]},
-    {u"fr-ca", strings::keyboard_layout_fr_ca, kKeymapImage_fr_ca, kCharacters_fr_ca,
-     kBrackets_fr_ca[0], kBrackets_fr_ca[1]},
-    {u"da-dk", strings::keyboard_layout_da_dk, kKeymapImage_da_dk, kCharacters_da_dk,
-     kBrackets_da_dk[0], kBrackets_da_dk[1]},
-    {u"de-de", strings::keyboard_layout_de_de, kKeymapImage_de_de, kCharacters_de_de,
-     kBrackets_de_de[0], kBrackets_de_de[1]},
+    {u"en-us", strings::keyboard_layout_en_us, kKeymapImage_en_us, kCharacters_en_us, kBrackets_en_us[0],
+     kBrackets_en_us[1]},
+    {u"en-gb", strings::keyboard_layout_en_gb, kKeymapImage_en_gb, kCharacters_en_gb, kBrackets_en_gb[0],
+     kBrackets_en_gb[1]},
+    {u"fr-ca", strings::keyboard_layout_fr_ca, kKeymapImage_fr_ca, kCharacters_fr_ca, kBrackets_fr_ca[0],
+     kBrackets_fr_ca[1]},
+    {u"da-dk", strings::keyboard_layout_da_dk, kKeymapImage_da_dk, kCharacters_da_dk, kBrackets_da_dk[0],
+     kBrackets_da_dk[1]},
+    {u"de-de", strings::keyboard_layout_de_de, kKeymapImage_de_de, kCharacters_de_de, kBrackets_de_de[0],
+     kBrackets_de_de[1]},
     {u"en-dvorak-us", strings::keyboard_layout_en_dvorak_us, kKeymapImage_en_dvorak_us, kCharacters_en_dvorak_us,
      kBrackets_en_dvorak_us[0], kBrackets_en_dvorak_us[1]},
-    {u"es-es", strings::keyboard_layout_es_es, kKeymapImage_es_es, kCharacters_es_es,
-     kBrackets_es_es[0], kBrackets_es_es[1]},
-    {u"fr-fr", strings::keyboard_layout_fr_fr, kKeymapImage_fr_fr, kCharacters_fr_fr,
-     kBrackets_fr_fr[0], kBrackets_fr_fr[1]},
-    {u"it-it", strings::keyboard_layout_it_it, kKeymapImage_it_it, kCharacters_it_it,
-     kBrackets_it_it[0], kBrackets_it_it[1]},
-    {u"no-no", strings::keyboard_layout_no_no, kKeymapImage_no_no, kCharacters_no_no,
-     kBrackets_no_no[0], kBrackets_no_no[1]},
-    {u"pt-pt", strings::keyboard_layout_pt_pt, kKeymapImage_pt_pt, kCharacters_pt_pt,
-     kBrackets_pt_pt[0], kBrackets_pt_pt[1]},
-    {u"de-ch", strings::keyboard_layout_de_ch, kKeymapImage_de_ch, kCharacters_de_ch,
-     kBrackets_de_ch[0], kBrackets_de_ch[1]},
-    {u"fr-ch", strings::keyboard_layout_fr_ch, kKeymapImage_fr_ch, kCharacters_fr_ch,
-     kBrackets_fr_ch[0], kBrackets_fr_ch[1]},
-    {u"sv-se", strings::keyboard_layout_sv_se, kKeymapImage_sv_se, kCharacters_sv_se,
-     kBrackets_sv_se[0], kBrackets_sv_se[1]},
-    {u"is-is", strings::keyboard_layout_is_is, kKeymapImage_is_is, kCharacters_is_is,
-     kBrackets_is_is[0], kBrackets_is_is[1]},
+    {u"es-es", strings::keyboard_layout_es_es, kKeymapImage_es_es, kCharacters_es_es, kBrackets_es_es[0],
+     kBrackets_es_es[1]},
+    {u"fr-fr", strings::keyboard_layout_fr_fr, kKeymapImage_fr_fr, kCharacters_fr_fr, kBrackets_fr_fr[0],
+     kBrackets_fr_fr[1]},
+    {u"it-it", strings::keyboard_layout_it_it, kKeymapImage_it_it, kCharacters_it_it, kBrackets_it_it[0],
+     kBrackets_it_it[1]},
+    {u"no-no", strings::keyboard_layout_no_no, kKeymapImage_no_no, kCharacters_no_no, kBrackets_no_no[0],
+     kBrackets_no_no[1]},
+    {u"pt-pt", strings::keyboard_layout_pt_pt, kKeymapImage_pt_pt, kCharacters_pt_pt, kBrackets_pt_pt[0],
+     kBrackets_pt_pt[1]},
+    {u"de-ch", strings::keyboard_layout_de_ch, kKeymapImage_de_ch, kCharacters_de_ch, kBrackets_de_ch[0],
+     kBrackets_de_ch[1]},
+    {u"fr-ch", strings::keyboard_layout_fr_ch, kKeymapImage_fr_ch, kCharacters_fr_ch, kBrackets_fr_ch[0],
+     kBrackets_fr_ch[1]},
+    {u"sv-se", strings::keyboard_layout_sv_se, kKeymapImage_sv_se, kCharacters_sv_se, kBrackets_sv_se[0],
+     kBrackets_sv_se[1]},
+    {u"is-is", strings::keyboard_layout_is_is, kKeymapImage_is_is, kCharacters_is_is, kBrackets_is_is[0],
+     kBrackets_is_is[1]},
 }};
 
 static_assert(kKeymapImage_en_us.size() == kKeymapImageBytes);
@@ -85,9 +85,7 @@ constexpr std::int8_t kWordQualifiers[8][4] = {
     {0, 4, -1, -1},  {0, 1, 4, 5},   {0, 2, 4, 6},   {0, 1, 2, 3},
 };
 
-bool is_valid_image(std::span<const std::uint8_t> image) {
-    return image.size() >= kKeymapImageBytes && image[0] == 1;
-}
+bool is_valid_image(std::span<const std::uint8_t> image) { return image.size() >= kKeymapImageBytes && image[0] == 1; }
 
 } // namespace
 
@@ -108,7 +106,7 @@ char16_t keymap_character(std::span<const std::uint8_t> image, std::uint8_t raw,
     const std::size_t word = 130 + 4 * static_cast<std::size_t>(raw);
     for (int i = 0; i < 4; ++i)
         if (kWordQualifiers[type][i] == qualifier)
-            return image[word + 3 - i];  // character i counts from the least significant byte
+            return image[word + 3 - i]; // character i counts from the least significant byte
     return 0;
 }
 

@@ -24,7 +24,7 @@ inline constexpr std::size_t kKeymapImageBytes = 658;
 
 struct KeyboardLayout {
     std::u16string_view id;
-    StringId display_name;  // cut before " (" where it is shown
+    StringId display_name; // cut before " (" where it is shown
     std::span<const std::uint8_t> keymap_image;
     std::span<const CharacterEntry> characters;
     char16_t open_bracket, close_bracket;

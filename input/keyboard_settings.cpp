@@ -47,11 +47,9 @@ std::optional<std::u16string> choose_mapping(const KeyboardInputData& record) {
         int score = 0;
         if (platform::read_setting_dword(key, u"KeyClass") == kKeyboardClass) {
             score = 3;
-            if (equal_ignoring_case(platform::read_setting_string(key, u"System").value_or(u""),
-                                    record.system_id)) {
+            if (equal_ignoring_case(platform::read_setting_string(key, u"System").value_or(u""), record.system_id)) {
                 score += 2;
-                if (equal_ignoring_case(platform::read_setting_string(key, u"Layout").value_or(u""),
-                                        record.layout_id))
+                if (equal_ignoring_case(platform::read_setting_string(key, u"Layout").value_or(u""), record.layout_id))
                     score += 1;
             }
         }
@@ -118,21 +116,22 @@ void load_keyboard_settings(KeyboardInputData& record) {
     const std::optional<std::vector<std::uint8_t>> data =
         mapping ? platform::read_setting_binary(*mapping, u"Data") : std::nullopt;
     KeyTableEntry* table = data && !data->empty() ? heap_copy<KeyTableEntry>(data->data(), data->size()) : nullptr;
-    if (table == nullptr) {  // nothing stored, or no memory for it: the built-in table
+    if (table == nullptr) { // nothing stored, or no memory for it: the built-in table
         use_built_in_tables(record);
         return;
     }
     record.key_table = table;
     record.key_count = static_cast<std::uint32_t>(data->size() / sizeof(KeyTableEntry));
 
-    const std::optional<std::vector<std::uint8_t>> stored_flags = platform::read_setting_binary(*mapping, u"DefaultInfo");
+    const std::optional<std::vector<std::uint8_t>> stored_flags =
+        platform::read_setting_binary(*mapping, u"DefaultInfo");
     std::vector<std::uint8_t> flags;
     if (stored_flags && !stored_flags->empty()) {
         flags = *stored_flags;
     } else {
         for (std::uint8_t raw = 0; raw < 128; ++raw)
             flags.insert(flags.end(), {raw, static_cast<std::uint8_t>(is_key_at_default(record, raw, false))});
-        platform::write_setting_binary(*mapping, u"DefaultInfo", flags);  // once: later loads read it
+        platform::write_setting_binary(*mapping, u"DefaultInfo", flags); // once: later loads read it
     }
     record.default_flags = heap_copy<KeyDefaultFlag>(flags.data(), flags.size());
     if (record.default_flags == nullptr) {
@@ -157,7 +156,8 @@ bool is_key_at_default(const KeyboardInputData& record, std::uint8_t raw, bool u
         return false;
     };
     for (std::uint32_t i = 0; i < record.key_count; ++i)
-        if (record.key_table[i].raw == raw && !has_twin(record.builtin_key_table, record.builtin_key_count, record.key_table[i]))
+        if (record.key_table[i].raw == raw &&
+            !has_twin(record.builtin_key_table, record.builtin_key_count, record.key_table[i]))
             return false;
     for (std::uint32_t i = 0; i < record.builtin_key_count; ++i)
         if (record.builtin_key_table[i].raw == raw &&

@@ -51,11 +51,12 @@ struct Qualifier {
     std::uint8_t raw;
 };
 // The order in which qualifiers are released, and pressed.
-constexpr std::array<Qualifier, 3> kQualifiers{{
-    {stroke::shift, raw_key::left_shift}, {stroke::alt, raw_key::left_alt}, {stroke::control, raw_key::control}}};
+constexpr std::array<Qualifier, 3> kQualifiers{
+    {{stroke::shift, raw_key::left_shift}, {stroke::alt, raw_key::left_alt}, {stroke::control, raw_key::control}}};
 
 // The qualifiers held while typing, brought to what each stroke needs.
-template <class Events> class Typist {
+template <class Events>
+class Typist {
 public:
     explicit Typist(Events& events) : events_(events) {}
 
@@ -114,7 +115,8 @@ std::optional<StrokeCode> code_with_fallbacks(const KeyboardInputData& record, s
 
 bool is_high_surrogate(char16_t c) { return c >= 0xD800 && c <= 0xDBFF; }
 
-template <class Events> void type_text(const KeyboardInputData& record, std::u16string_view text, Events& events) {
+template <class Events>
+void type_text(const KeyboardInputData& record, std::u16string_view text, Events& events) {
     Typist typist(events);
     for (std::size_t i = 0; i < text.size(); ++i) {
         const std::size_t units = is_high_surrogate(text[i]) && i + 1 < text.size() ? 2 : 1;
@@ -134,7 +136,7 @@ template <class Events>
 void combination_keys(const KeyboardInputData& record, std::u16string_view text, bool press, Events& events) {
     while (!text.empty()) {
         const std::optional<Token> token = read_token(record, text);
-        if (!token) break;  // an unknown token ends the list, with what came before it
+        if (!token) break; // an unknown token ends the list, with what came before it
         for (int i = 0; i < 3; ++i) {
             const std::uint32_t one_stroke = stroke::nth(token->code, i);
             if (stroke::raw(one_stroke) == raw_key::none) continue;
@@ -162,8 +164,8 @@ std::size_t raw_key_string_length(const KeyboardInputData& record, std::u16strin
     return counter.units();
 }
 
-platform::HeapBlock raw_key_string_block(platform::Heap heap, const KeyboardInputData& record,
-                                         std::u16string_view text, std::uint32_t mode) {
+platform::HeapBlock raw_key_string_block(platform::Heap heap, const KeyboardInputData& record, std::u16string_view text,
+                                         std::uint32_t mode) {
     const std::size_t units = raw_key_string_length(record, text, mode);
     platform::HeapBlock block = platform::HeapBlock::allocate_zeroed(heap, (units + 1) * sizeof(char16_t));
     if (!block) return block;

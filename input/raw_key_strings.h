@@ -30,7 +30,7 @@ std::size_t raw_key_string_length(const KeyboardInputData& record, std::u16strin
 
 // The raw key string in a new zero-filled block of `heap` of its exact size with the NUL; an
 // empty block when the heap has no room.
-platform::HeapBlock raw_key_string_block(platform::Heap heap, const KeyboardInputData& record,
-                                         std::u16string_view text, std::uint32_t mode);
+platform::HeapBlock raw_key_string_block(platform::Heap heap, const KeyboardInputData& record, std::u16string_view text,
+                                         std::uint32_t mode);
 
 } // namespace kq::input

@@ -14,14 +14,14 @@ namespace kq::input {
 namespace raw_key {
 inline constexpr std::uint8_t space = 0x40, tab = 0x42, keypad_enter = 0x43, return_key = 0x44;
 inline constexpr std::uint8_t keypad_open = 0x5A, keypad_close = 0x5B, help = 0x5F;
-inline constexpr std::uint8_t left_shift = 0x60, right_shift = 0x61, caps_lock = 0x62, control = 0x63,
-                              left_alt = 0x64, right_alt = 0x65, left_amiga = 0x66, right_amiga = 0x67;
-inline constexpr std::uint8_t none = 127;  // no stroke
+inline constexpr std::uint8_t left_shift = 0x60, right_shift = 0x61, caps_lock = 0x62, control = 0x63, left_alt = 0x64,
+                              right_alt = 0x65, left_amiga = 0x66, right_amiga = 0x67;
+inline constexpr std::uint8_t none = 127; // no stroke
 } // namespace raw_key
 
 namespace event {
-inline constexpr std::uint32_t valid = 0x80000000u, release_bit = 0x40000000u,
-                               press_bit = 0x20000000u, more_pending = 0x10000000u;
+inline constexpr std::uint32_t valid = 0x80000000u, release_bit = 0x40000000u, press_bit = 0x20000000u,
+                               more_pending = 0x10000000u;
 inline constexpr std::uint32_t nothing = valid;
 constexpr std::uint32_t press(std::uint32_t raw) { return valid | press_bit | raw; }
 constexpr std::uint32_t release(std::uint32_t raw) { return valid | release_bit | raw; }

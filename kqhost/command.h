@@ -12,8 +12,8 @@ namespace kqhost {
 inline constexpr int kExitOk = 0, kExitFailure = 1, kExitUsage = 2;
 
 struct Context {
-    HMODULE module;                           // the loaded DLL; null for commands without it
-    std::span<const std::wstring> arguments;  // after the command's name
+    HMODULE module;                          // the loaded DLL; null for commands without it
+    std::span<const std::wstring> arguments; // after the command's name
 };
 
 struct Command {

@@ -51,8 +51,8 @@ std::optional<std::wstring> catalog_text(const CatalogRequest& request) {
     const std::string application = catalog.application_path();
     bool is_built = true;
     if (request.year)
-        is_built &= catalog.create_element(application + "/description", "year", module_text(*request.year)) ==
-                    kq::status::ok;
+        is_built &=
+            catalog.create_element(application + "/description", "year", module_text(*request.year)) == kq::status::ok;
     if (request.model) {
         kq::manifest::Element system = nullptr;
         is_built &= catalog.create_element(application, "configuration", {}) == kq::status::ok &&
@@ -63,8 +63,8 @@ std::optional<std::wstring> catalog_text(const CatalogRequest& request) {
     constexpr const char* kElements[] = {"floppy", "harddrive", "cd"};
     for (const std::wstring& medium : request.media) {
         const auto kind = static_cast<std::size_t>(kq::content::media_kind_of(module_text(medium)));
-        is_built &= catalog.create_element(application + "/media", kElements[kind], module_text(medium)) ==
-                    kq::status::ok;
+        is_built &=
+            catalog.create_element(application + "/media", kElements[kind], module_text(medium)) == kq::status::ok;
     }
     std::string utf8;
     if (!is_built || catalog.save(kq::manifest::Encoding::utf8, &utf8) != kq::status::ok) return std::nullopt;

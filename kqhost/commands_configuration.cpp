@@ -51,8 +51,8 @@ int rom_exists(const Context& context) {
 
 // restore-paths DATA_FOLDER
 int restore_paths(const Context& context) {
-    const auto call = find_export<decltype(KQGetRestoreSystemFilesPaths)>(context.module,
-                                                                          "KQGetRestoreSystemFilesPaths");
+    const auto call =
+        find_export<decltype(KQGetRestoreSystemFilesPaths)>(context.module, "KQGetRestoreSystemFilesPaths");
     if (call == nullptr || context.arguments.size() != 1) return kExitUsage;
     kq_char* text = nullptr;
     const kq_status status = call(&text, context.arguments[0].c_str());
@@ -81,14 +81,13 @@ int app_info(const Context& context) {
 // ports MODEL [MULTITAP_TYPE]
 int ports(const Context& context) {
     const auto info = find_export<decltype(KQGetInputPortsInfo)>(context.module, "KQGetInputPortsInfo");
-    const auto content = find_export<decltype(KQGetDefaultInputPortContent)>(context.module,
-                                                                           "KQGetDefaultInputPortContent");
+    const auto content =
+        find_export<decltype(KQGetDefaultInputPortContent)>(context.module, "KQGetDefaultInputPortContent");
     if (info == nullptr || content == nullptr || context.arguments.empty() || context.arguments.size() > 2)
         return kExitUsage;
     const wchar_t* model = context.arguments[0].c_str();
     uint32_t count = 0, multitap = 0;
-    if (info(model, argument_or_null(context, 1), &count, &multitap, nullptr, nullptr) != KQ_S_OK)
-        return kExitFailure;
+    if (info(model, argument_or_null(context, 1), &count, &multitap, nullptr, nullptr) != KQ_S_OK) return kExitFailure;
     static const char* const kContents[] = {"empty", "mouse", "joystick", "game pad", "joypad"};
     char line[120];
     std::snprintf(line, sizeof line, "ports: %u, multitap ports: 0x%X\n", count, multitap);
@@ -104,10 +103,10 @@ int ports(const Context& context) {
 
 constexpr Command kCommands[] = {
     {L"default-rom", "default-rom MODEL", "Print a model's default ROM id.", true, default_rom},
-    {L"rom-exists", "rom-exists DATA ROM [MODEL [VIDEO]]",
-     "Say whether a ROM's files are in DATA\\Shared\\rom.", true, rom_exists},
-    {L"restore-paths", "restore-paths DATA", "List the shared folders whose system files can be restored.",
-     true, restore_paths},
+    {L"rom-exists", "rom-exists DATA ROM [MODEL [VIDEO]]", "Say whether a ROM's files are in DATA\\Shared\\rom.", true,
+     rom_exists},
+    {L"restore-paths", "restore-paths DATA", "List the shared folders whose system files can be restored.", true,
+     restore_paths},
     {L"app-info", "app-info FILE", "Print the hardware summary of a kq9 manifest.", true, app_info},
     {L"ports", "ports MODEL [MULTITAP]", "Describe a model's game ports and their defaults.", true, ports},
 };

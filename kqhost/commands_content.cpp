@@ -89,7 +89,8 @@ int content_info(const Context& context) {
     const std::optional<TextArgument> list = text_argument(*texts[0]), records = text_argument(*texts[1]);
     if (!list || !records) return kExitFailure;
     std::vector<wchar_t> buffer(chars, L'\0');
-    const kq_status status = call(KQ_DRIVE_HARD_DISK, 0, list->pointer(), records->pointer(), buffer.data(), chars, flags);
+    const kq_status status =
+        call(KQ_DRIVE_HARD_DISK, 0, list->pointer(), records->pointer(), buffer.data(), chars, flags);
     return print_text_and_status("KQGetContentInfo", status, buffer);
 }
 
@@ -105,7 +106,8 @@ std::optional<uint8_t> drive_type_argument(const std::wstring& argument) {
 
 // tooltip [--chars N] TYPE INDEX PATH LABEL
 int tooltip(const Context& context) {
-    constexpr const char* kUsage = "usage: kqhost tooltip [--chars N] floppy|hard-disk|cd|network|TYPE INDEX PATH LABEL\n";
+    constexpr const char* kUsage =
+        "usage: kqhost tooltip [--chars N] floppy|hard-disk|cd|network|TYPE INDEX PATH LABEL\n";
     std::span<const std::wstring> arguments = context.arguments;
     uint32_t chars = 1024;
     if (arguments.size() == 6 && arguments[0] == L"--chars") {

@@ -116,8 +116,8 @@ int layout(const Context& context) {
         return kExitFailure;
     }
     wchar_t text[128];
-    const kq_status status = call(0, reinterpret_cast<const uint8_t*>(image->data()),
-                                  static_cast<uint32_t>(image->size()), text, 128);
+    const kq_status status =
+        call(0, reinterpret_cast<const uint8_t*>(image->data()), static_cast<uint32_t>(image->size()), text, 128);
     if (status != KQ_S_OK) return kExitFailure;
     print(std::wstring_view(text));
     print("\n");
@@ -128,13 +128,12 @@ int layout(const Context& context) {
 int keymap_image(const Context& context) {
     if (context.arguments.size() != 2) return kExitUsage;
     const std::wstring& id = context.arguments[0];
-    const kq::input::KeyboardLayout& chosen =
-        kq::input::find_layout(module_text(id));
+    const kq::input::KeyboardLayout& chosen = kq::input::find_layout(module_text(id));
     return with_output_file(context.arguments[1], [&] {
         std::ofstream file(std::filesystem::path(context.arguments[1]), std::ios::binary);
         file.write(reinterpret_cast<const char*>(chosen.keymap_image.data()),
                    static_cast<std::streamsize>(chosen.keymap_image.size()));
-        file.close();  // before a failed file is removed
+        file.close(); // before a failed file is removed
         if (!file.good()) return kExitFailure;
         print("wrote the keymap image of " + to_utf8(std::wstring(chosen.id.begin(), chosen.id.end())) + "\n");
         return kExitOk;
@@ -177,7 +176,8 @@ int raw_key_string(const Context& context, uint32_t mode) {
     std::wstring text;
     for (std::size_t i = 0; i < arguments.rest[0].size(); ++i) {
         const wchar_t c = arguments.rest[0][i];
-        if (c == L'\\' && i + 1 < arguments.rest[0].size() && (arguments.rest[0][i + 1] == L'n' || arguments.rest[0][i + 1] == L't'))
+        if (c == L'\\' && i + 1 < arguments.rest[0].size() &&
+            (arguments.rest[0][i + 1] == L'n' || arguments.rest[0][i + 1] == L't'))
             text += arguments.rest[0][++i] == L'n' ? L'\n' : L'\t';
         else
             text += c;

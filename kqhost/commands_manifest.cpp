@@ -26,17 +26,14 @@ int manifest(const Context& context) {
     }
     const std::wstring& file = context.arguments[0];
     ManifestDocument document;
-    if (const kq::HResult loaded = document.load_file(
-            module_text(file));
-        loaded != kq::status::ok) {
+    if (const kq::HResult loaded = document.load_file(module_text(file)); loaded != kq::status::ok) {
         report_failure(("cannot load " + to_utf8(file)).c_str(), loaded);
         return kExitFailure;
     }
     const std::wstring option = context.arguments.size() == 2 ? context.arguments[1] : L"--utf8";
     if (option == L"--ascii" || option == L"--utf8") {
         std::string text;
-        const kq::HResult saved =
-            document.save(option == L"--ascii" ? Encoding::ascii : Encoding::utf8, &text);
+        const kq::HResult saved = document.save(option == L"--ascii" ? Encoding::ascii : Encoding::utf8, &text);
         if (saved != kq::status::ok) {
             report_failure("cannot write the manifest", saved);
             return kExitFailure;

@@ -8,8 +8,8 @@
 #include "kqhost/file_input.h"
 #include "media/analysis/medium_analysis.h"
 #include "media/compression/deflate.h"
-#include "media/dms/dms_unpacker.h"
 #include "media/compression/inflate.h"
+#include "media/dms/dms_unpacker.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -165,7 +165,7 @@ int empty_medium(const Context& context) {
         char line[64];
         std::snprintf(line, sizeof line, " (%lld bytes)\n", static_cast<long long>(size.QuadPart));
         print(line);
-        release(path);  // the image and its folder go again
+        release(path); // the image and its folder go again
     }
     print_status("KQGetEmptyMedium2", status);
     return status == KQ_S_OK ? kExitOk : kExitFailure;
@@ -182,8 +182,9 @@ int copy_medium(const Context& context) {
         print_error("kqhost: the DLL has no KQCopyMediumFile\n");
         return kExitFailure;
     }
-    const uint32_t flags =
-        context.arguments.size() == 3 ? static_cast<uint32_t>(std::wcstoul(context.arguments[2].c_str(), nullptr, 0)) : 0;
+    const uint32_t flags = context.arguments.size() == 3
+                               ? static_cast<uint32_t>(std::wcstoul(context.arguments[2].c_str(), nullptr, 0))
+                               : 0;
     wchar_t buffer[MAX_PATH + 1] = {};
     const kq_status status =
         copy(context.arguments[0].c_str(), context.arguments[1].c_str(), flags, buffer, MAX_PATH + 1);
@@ -253,7 +254,8 @@ int analyse(const Context& context) {
     const kq::media::AnalysisFailure failure = kq::media::analyse_medium(module_text(context.arguments[0]), analysis);
     if (failure != kq::media::AnalysisFailure::none) {
         char line[80];
-        std::snprintf(line, sizeof line, "kqhost: the image cannot be analysed (code %u)\n", static_cast<unsigned>(failure));
+        std::snprintf(line, sizeof line, "kqhost: the image cannot be analysed (code %u)\n",
+                      static_cast<unsigned>(failure));
         print_error(line);
         return kExitFailure;
     }
@@ -263,7 +265,8 @@ int analyse(const Context& context) {
                   static_cast<unsigned>(analysis.analysis_class));
     print(line);
     print("volume: ");
-    print(std::wstring_view(reinterpret_cast<const wchar_t*>(analysis.volume_name.data()), analysis.volume_name.size()));
+    print(
+        std::wstring_view(reinterpret_cast<const wchar_t*>(analysis.volume_name.data()), analysis.volume_name.size()));
     print("\ndate: " + date_text(analysis.date) + "\nlabel: ");
     print(std::wstring(analysis.conversion_label.begin(), analysis.conversion_label.end()));
     print("\n");
@@ -348,10 +351,9 @@ constexpr Command kCommands[] = {
      "path; check COPY: print whether it changed; dismiss COPY [--write-back] [--assume-changed]: "
      "write it back if asked and remove it.",
      true, runtime},
-    {L"inflate", "inflate IN OUT", "Inflate a gzip file or the first entry of a ZIP archive into OUT.", false,
-     inflate},
-    {L"deflate", "deflate IN OUT", "Compress IN into the gzip file OUT, as working copies are written back.",
-     false, deflate},
+    {L"inflate", "inflate IN OUT", "Inflate a gzip file or the first entry of a ZIP archive into OUT.", false, inflate},
+    {L"deflate", "deflate IN OUT", "Compress IN into the gzip file OUT, as working copies are written back.", false,
+     deflate},
     {L"empty-medium", "empty-medium [dd|hd]",
      "Make an empty floppy image (880 KB or 1,760 KB), print its path and size, and free it again.", true,
      empty_medium},
@@ -368,8 +370,7 @@ constexpr Command kCommands[] = {
     {L"boot-tag", "boot-tag MANIFEST ROOT", "Resolve a package's boot tag against the shared data root.", true,
      boot_tag},
     {L"device-command", "device-command CATEGORY INDEX [MODEL]",
-     "Print a device command (category 2: CDTV buttons, 7: keyboard) with its raw-key script.", true,
-     device_command},
+     "Print a device command (category 2: CDTV buttons, 7: keyboard) with its raw-key script.", true, device_command},
 };
 
 } // namespace

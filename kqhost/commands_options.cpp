@@ -45,14 +45,13 @@ int options(const Context& context) {
             print_error(line);
             return kExitFailure;
         }
-        print_line({to_utf8(option->name), option->type == 1 ? " (boolean): " : " (choice): ",
-                    to_utf8(option->label)});
+        print_line({to_utf8(option->name), option->type == 1 ? " (boolean): " : " (choice): ", to_utf8(option->label)});
         if (option->groupLabel != nullptr) print_line({"  group:   ", to_utf8(option->groupLabel)});
         print_line({"  current: ", quoted(option->currentValue)});
         print_line({"  default: ", quoted(option->defaultValue)});
         for (uint32_t choice = 0; choice < option->count; ++choice)
-            print_line({"  choice:  ", quoted(option->choiceValues[choice]), " = ",
-                        to_utf8(option->choiceLabels[choice])});
+            print_line(
+                {"  choice:  ", quoted(option->choiceValues[choice]), " = ", to_utf8(option->choiceLabels[choice])});
         release(option);
     }
 }
@@ -67,8 +66,7 @@ int set_option(const Context& context) {
         print_error("kqhost: the DLL has no KQSetOption\n");
         return kExitFailure;
     }
-    const kq_status status =
-        set(context.arguments[0].c_str(), context.arguments[1].c_str(), nullptr, nullptr);
+    const kq_status status = set(context.arguments[0].c_str(), context.arguments[1].c_str(), nullptr, nullptr);
     char line[120];
     std::snprintf(line, sizeof line, "KQSetOption: 0x%08X\n", static_cast<unsigned>(status));
     print(line);
@@ -77,8 +75,8 @@ int set_option(const Context& context) {
 
 constexpr Command kCommands[] = {
     {L"options", "options", "List the platform options with their choices and values.", true, options},
-    {L"set-option", "set-option NAME VALUE",
-     "Store an option (an empty VALUE deletes a choice option's value).", true, set_option},
+    {L"set-option", "set-option NAME VALUE", "Store an option (an empty VALUE deletes a choice option's value).", true,
+     set_option},
 };
 
 } // namespace

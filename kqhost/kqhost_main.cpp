@@ -19,9 +19,8 @@ namespace kqhost {
 namespace {
 
 const std::array<std::span<const Command>, 10> kCommandFamilies{
-    module_commands(), option_commands(),  configuration_commands(), keyboard_commands(),
-    media_commands(),  content_commands(), association_commands(), autoconfig_commands(),
-    manifest_commands(), version_commands()};
+    module_commands(),  option_commands(),      configuration_commands(), keyboard_commands(), media_commands(),
+    content_commands(), association_commands(), autoconfig_commands(),    manifest_commands(), version_commands()};
 
 const Command* find_command(std::wstring_view name) {
     for (std::span<const Command> family : kCommandFamilies)
@@ -68,8 +67,8 @@ std::wstring default_dll_path() {
     const DWORD length = GetModuleFileNameW(nullptr, path, MAX_PATH);
     const std::u16string_view program = module_text(std::wstring_view(path, length));
     const std::u16string_view folder = kq::parent_of(program).value_or(std::u16string_view());
-    const std::wstring installed = host_text(kq::joined_path(kq::parent_of(folder).value_or(std::u16string_view()),
-                                                             u"Platforms\\Amiga\\amiga.dll"));
+    const std::wstring installed = host_text(
+        kq::joined_path(kq::parent_of(folder).value_or(std::u16string_view()), u"Platforms\\Amiga\\amiga.dll"));
     if (GetFileAttributesW(installed.c_str()) != INVALID_FILE_ATTRIBUTES) return installed;
     return host_text(kq::joined_path(folder, u"amiga.dll"));
 }
@@ -89,15 +88,13 @@ int run(std::vector<std::wstring> arguments) {
         print_error("kqhost: unknown command '" + to_utf8(arguments[0]) + "' (try kqhost help)\n");
         return kExitUsage;
     }
-    const std::span<const std::wstring> command_arguments =
-        std::span<const std::wstring>(arguments).subspan(1);
+    const std::span<const std::wstring> command_arguments = std::span<const std::wstring>(arguments).subspan(1);
     if (!command->uses_dll) return command->run(Context{nullptr, command_arguments});
 
     if (dll_path.empty()) dll_path = default_dll_path();
     HMODULE module = LoadLibraryW(dll_path.c_str());
     if (module == nullptr) {
-        print_error("kqhost: cannot load " + to_utf8(dll_path) + " (error " +
-                    std::to_string(GetLastError()) + ")\n");
+        print_error("kqhost: cannot load " + to_utf8(dll_path) + " (error " + std::to_string(GetLastError()) + ")\n");
         return kExitFailure;
     }
     const int result = command->run(Context{module, command_arguments});

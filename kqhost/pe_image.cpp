@@ -11,8 +11,7 @@ const IMAGE_DATA_DIRECTORY* data_directory(HMODULE module, unsigned index) {
     const auto* dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
     if (module == nullptr || dos->e_magic != IMAGE_DOS_SIGNATURE) return nullptr;
     const auto* nt = reinterpret_cast<const IMAGE_NT_HEADERS64*>(base + dos->e_lfanew);
-    if (nt->Signature != IMAGE_NT_SIGNATURE ||
-        nt->OptionalHeader.Magic != IMAGE_NT_OPTIONAL_HDR64_MAGIC ||
+    if (nt->Signature != IMAGE_NT_SIGNATURE || nt->OptionalHeader.Magic != IMAGE_NT_OPTIONAL_HDR64_MAGIC ||
         nt->OptionalHeader.NumberOfRvaAndSizes <= index)
         return nullptr;
     const IMAGE_DATA_DIRECTORY* directory = &nt->OptionalHeader.DataDirectory[index];
@@ -36,10 +35,9 @@ std::vector<PeExport> list_exports(HMODULE module) {
     const auto* name_indexes = at<WORD>(module, table->AddressOfNameOrdinals);
 
     std::map<DWORD, std::string> name_of_index;
-    for (DWORD i = 0; i < table->NumberOfNames; ++i)
-        name_of_index[name_indexes[i]] = at<char>(module, names[i]);
+    for (DWORD i = 0; i < table->NumberOfNames; ++i) name_of_index[name_indexes[i]] = at<char>(module, names[i]);
     for (DWORD i = 0; i < table->NumberOfFunctions; ++i) {
-        if (functions[i] == 0) continue;  // an unused ordinal
+        if (functions[i] == 0) continue; // an unused ordinal
         const auto name = name_of_index.find(i);
         exports.push_back({table->Base + i, name == name_of_index.end() ? std::string() : name->second,
                            at<BYTE>(module, functions[i])});
@@ -51,8 +49,7 @@ std::vector<std::string> list_imported_dlls(HMODULE module) {
     std::vector<std::string> dlls;
     const IMAGE_DATA_DIRECTORY* directory = data_directory(module, IMAGE_DIRECTORY_ENTRY_IMPORT);
     if (directory == nullptr) return dlls;
-    for (const auto* entry = at<IMAGE_IMPORT_DESCRIPTOR>(module, directory->VirtualAddress);
-         entry->Name != 0; ++entry)
+    for (const auto* entry = at<IMAGE_IMPORT_DESCRIPTOR>(module, directory->VirtualAddress); entry->Name != 0; ++entry)
         dlls.emplace_back(at<char>(module, entry->Name));
     return dlls;
 }

@@ -12,7 +12,7 @@ namespace kqhost {
 
 struct PeExport {
     std::uint32_t ordinal;
-    std::string name;  // empty for an export by ordinal only
+    std::string name; // empty for an export by ordinal only
     const void* address;
 };
 

@@ -1,8 +1,8 @@
 #include "manifest/boot_tag.h"
 
 #include "common/compare.h"
-#include "common/windows_path.h"
 #include "common/wildcard.h"
+#include "common/windows_path.h"
 #include "manifest/manifest_document.h"
 #include "platform/files.h"
 
@@ -11,7 +11,8 @@
 namespace kq::manifest {
 namespace {
 
-constexpr std::u16string_view kAdfFolder = u"Shared\\adf\\", kHdfFolder = u"Shared\\hdf\\", kDirFolder = u"Shared\\dir\\";
+constexpr std::u16string_view kAdfFolder = u"Shared\\adf\\", kHdfFolder = u"Shared\\hdf\\",
+                              kDirFolder = u"Shared\\dir\\";
 constexpr std::u16string_view kArosLatest = u"aros-latest";
 constexpr std::u16string_view kArosPrefix = u"aros-", kArosSuffix = u"-boot.adf";
 
@@ -45,8 +46,8 @@ int compare_numbers(std::u16string_view a, std::u16string_view b) {
 bool older_release(std::u16string_view a, std::u16string_view b) {
     const std::vector<ReleasePart> x = release_parts(a), y = release_parts(b);
     for (std::size_t i = 0; i < x.size() && i < y.size(); ++i) {
-        const int order = x[i].number && y[i].number ? compare_numbers(x[i].text, y[i].text)
-                                                     : x[i].text.compare(y[i].text);
+        const int order =
+            x[i].number && y[i].number ? compare_numbers(x[i].text, y[i].text) : x[i].text.compare(y[i].text);
         if (order != 0) return order < 0;
     }
     return x.size() < y.size();
@@ -64,7 +65,7 @@ std::optional<std::u16string> newest_aros_boot_disk(std::u16string_view folder) 
         const std::u16string_view release =
             std::u16string_view(name).substr(kArosPrefix.size(), name.size() - kArosPrefix.size() - kArosSuffix.size());
         if (!newest || older_release(newest_release, release)) {
-            newest = name.substr(0, name.size() - 4);  // without ".adf"
+            newest = name.substr(0, name.size() - 4); // without ".adf"
             newest_release = std::u16string_view(name).substr(kArosPrefix.size(), release.size());
         }
     }

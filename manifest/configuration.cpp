@@ -133,13 +133,9 @@ std::size_t read_network(const ManifestDocument& document) {
     return peripheral_type(document, u"network", kNetworkTypes);
 }
 
-std::size_t read_audio(const ManifestDocument& document) {
-    return peripheral_type(document, u"audio", kAudioTypes);
-}
+std::size_t read_audio(const ManifestDocument& document) { return peripheral_type(document, u"audio", kAudioTypes); }
 
-std::size_t read_scsi(const ManifestDocument& document) {
-    return peripheral_type(document, u"scsi", kScsiTypes);
-}
+std::size_t read_scsi(const ManifestDocument& document) { return peripheral_type(document, u"scsi", kScsiTypes); }
 
 Text read_keyboard_layout(const ManifestDocument& document) {
     Text layout;

@@ -17,14 +17,11 @@ Text text_from_utf8(std::string_view utf8) {
     return text;
 }
 
-std::string_view element_name(Element element) {
-    return element == nullptr ? std::string_view() : view(element->name);
-}
+std::string_view element_name(Element element) { return element == nullptr ? std::string_view() : view(element->name); }
 
 Element find_child_element(std::string_view name, Element parent, Element after) {
     if (parent == nullptr) return nullptr;
-    for (xmlNode* node = after != nullptr ? after->next : parent->children; node != nullptr;
-         node = node->next)
+    for (xmlNode* node = after != nullptr ? after->next : parent->children; node != nullptr; node = node->next)
         if (node->type == XML_ELEMENT_NODE && (name.empty() || view(node->name) == name)) return node;
     return nullptr;
 }
@@ -58,8 +55,7 @@ std::optional<std::int32_t> get_priority(Element element) {
     return read_integer_prefix(*value, 10);
 }
 
-bool match_element(Element element, const char* name, const char* attribute_name,
-                   std::u16string_view expected) {
+bool match_element(Element element, const char* name, const char* attribute_name, std::u16string_view expected) {
     if (element == nullptr) return false;
     if (name != nullptr && element_name(element) != name) return false;
     if (attribute_name == nullptr) return true;

@@ -38,8 +38,7 @@ std::optional<std::int32_t> get_priority(Element element);
 // (when one is given) equals `expected` without regard to case. A missing attribute matches
 // only an absent (or empty) expectation; a present one matches any value when nothing is
 // expected.
-bool match_element(Element element, const char* name, const char* attribute_name,
-                   std::u16string_view expected);
+bool match_element(Element element, const char* name, const char* attribute_name, std::u16string_view expected);
 
 // Whether the attribute is present and equals `value` without regard to case.
 bool attribute_equals(Element element, const char* name, std::u16string_view value);

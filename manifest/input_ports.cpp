@@ -12,8 +12,7 @@ std::optional<PortContent> port_content_of_kind(std::u16string_view kind) {
 
 bool is_joystick_like(std::u16string_view kind) {
     const std::optional<PortContent> content = port_content_of_kind(kind);
-    return content == PortContent::joystick || content == PortContent::gamepad ||
-           content == PortContent::joypad;
+    return content == PortContent::joystick || content == PortContent::gamepad || content == PortContent::joypad;
 }
 
 std::uint32_t multitap_port_index(std::u16string_view kind) {

@@ -11,8 +11,8 @@ namespace kq::manifest {
 
 // Port content codes, with the manifest kind that stands for each.
 enum class PortContent : std::uint32_t { empty = 0, mouse = 1, joystick = 2, gamepad = 3, joypad = 4 };
-inline constexpr std::array<std::u16string_view, 5> kPortContentKinds{
-    u"input-empty", u"input-mouse", u"input-joystick", u"input-gamepad", u"input-joypad"};
+inline constexpr std::array<std::u16string_view, 5> kPortContentKinds{u"input-empty", u"input-mouse", u"input-joystick",
+                                                                      u"input-gamepad", u"input-joypad"};
 
 // The content code of a manifest kind (compared without regard to case).
 std::optional<PortContent> port_content_of_kind(std::u16string_view kind);
@@ -34,7 +34,7 @@ bool is_port_default_empty(std::u16string_view model_id, std::uint32_t port);
 
 struct InputPortsInfo {
     std::uint32_t port_count = 3;
-    std::uint32_t multitap_ports = 0;  // bit 0 the first extra port, bit 1 the second
+    std::uint32_t multitap_ports = 0; // bit 0 the first extra port, bit 1 the second
     std::uint32_t third = 0;
     std::uint32_t fourth = 1;
 };

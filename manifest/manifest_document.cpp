@@ -42,9 +42,7 @@ HResult ManifestDocument::load_utf16(std::u16string_view text) {
     return parse_xml(*utf8, document_, TextEncoding::utf8);
 }
 
-Element ManifestDocument::root_element() const {
-    return document_ ? xmlDocGetRootElement(document_.get()) : nullptr;
-}
+Element ManifestDocument::root_element() const { return document_ ? xmlDocGetRootElement(document_.get()) : nullptr; }
 
 std::string ManifestDocument::application_path() const {
     return element_name(root_element()) == "xadml" ? "xadml/catalog/application" : "kq9/application";
@@ -58,9 +56,7 @@ HResult ManifestDocument::find_element_by_path(std::string_view path, Element& o
     for (;;) {
         const std::size_t slash = path.find('/');
         const std::string_view segment = path.substr(0, slash);
-        while (node != nullptr &&
-               !(node->type == XML_ELEMENT_NODE && element_name(node) == segment))
-            node = node->next;
+        while (node != nullptr && !(node->type == XML_ELEMENT_NODE && element_name(node) == segment)) node = node->next;
         if (node == nullptr) return kElementNotFound;
         if (slash == std::string_view::npos) {
             out = node;
@@ -84,8 +80,7 @@ HResult ManifestDocument::get_path_text(std::string_view path, Text& out) const 
     return get_element_text(element, out) ? status::ok : status::failed;
 }
 
-HResult ManifestDocument::get_path_attribute(std::string_view path, const char* name,
-                                             Text& out) const {
+HResult ManifestDocument::get_path_attribute(std::string_view path, const char* name, Text& out) const {
     out.reset();
     if (name == nullptr) return status::invalid_argument;
     Element element = nullptr;

@@ -71,8 +71,7 @@ public:
     // Among the media: with `root` "shared", the first shared medium; otherwise the first
     // medium whose file name equals `file_name` and whose root (default "embedded") equals
     // `root` (default "embedded").
-    Element find_medium(std::optional<std::u16string_view> file_name,
-                        std::optional<std::u16string_view> root) const;
+    Element find_medium(std::optional<std::u16string_view> file_name, std::optional<std::u16string_view> root) const;
 
     // Editing. An empty value or text counts as none.
     static HResult set_attribute(Element element, const char* name, std::u16string_view value);
@@ -89,13 +88,10 @@ public:
     HResult set_network(std::size_t index);
     HResult set_audio(std::size_t index);
     HResult set_scsi(std::size_t index);
-    HResult set_keyboard(std::u16string_view layout) {
-        return set_peripheral(u"keyboard", "layout", layout);
-    }
+    HResult set_keyboard(std::u16string_view layout) { return set_peripheral(u"keyboard", "layout", layout); }
     // Sets the text of the element found by find_typed_element, creating it (with its type)
     // under the configuration when missing; no text removes the element.
-    HResult set_typed_element(const char* name, std::optional<std::u16string_view> type,
-                              std::u16string_view text);
+    HResult set_typed_element(const char* name, std::optional<std::u16string_view> type, std::u16string_view text);
     // The JIT compiler on (fpu="true", an 8 MiB cache) or off (removed, except on the flexible
     // models, which keep the peripheral without "fpu" and with memory="0").
     HResult set_jit(bool enabled, std::u16string_view model_id);

@@ -28,13 +28,10 @@ Element first_child(Element parent, std::string_view name, Match&& match) {
 
 } // namespace
 
-Element ManifestDocument::configuration() const {
-    return find_element_by_path(configuration_path());
-}
+Element ManifestDocument::configuration() const { return find_element_by_path(configuration_path()); }
 
 Element ManifestDocument::find_peripheral(std::u16string_view kind) const {
-    return first_child(configuration(), "peripheral",
-                       [&](Element e) { return text_equals(e, kind); });
+    return first_child(configuration(), "peripheral", [&](Element e) { return text_equals(e, kind); });
 }
 
 Element ManifestDocument::find_peripheral_unit(std::u16string_view kind, std::int32_t unit) const {
@@ -42,11 +39,10 @@ Element ManifestDocument::find_peripheral_unit(std::u16string_view kind, std::in
                        [&](Element e) { return unit_of(e) == unit && text_equals(e, kind); });
 }
 
-Element ManifestDocument::find_typed_element(std::string_view name,
-                                             std::optional<std::u16string_view> type) const {
+Element ManifestDocument::find_typed_element(std::string_view name, std::optional<std::u16string_view> type) const {
     const bool wants_type = type && !type->empty();
     return first_child(configuration(), name, [&](Element e) {
-        Text value;  // an empty "type" is no type
+        Text value; // an empty "type" is no type
         get_attribute_text(e, "type", value);
         return wants_type ? value && equal_ignoring_case(*value, *type) : !value;
     });
@@ -56,8 +52,7 @@ Element ManifestDocument::find_input_port(std::int32_t unit, bool multitap, Text
     Element port = first_child(configuration(), "peripheral", [&](Element e) {
         if (attribute_equals(e, "multitap", u"true") != multitap || unit_of(e) != unit) return false;
         const std::u16string text = element_text(e).value_or(u"");
-        return starts_with_ignoring_case(text, u"input-") &&
-               !equal_ignoring_case(text, u"input-virtualbuttons");
+        return starts_with_ignoring_case(text, u"input-") && !equal_ignoring_case(text, u"input-virtualbuttons");
     });
     if (kind != nullptr) *kind = element_text(port);
     return port;
@@ -78,8 +73,7 @@ Element ManifestDocument::find_keyboard(Text* layout) const {
 Element ManifestDocument::find_button_set(Element port) const {
     Text id;
     if (!get_attribute_text(port, "buttons", id) || !id) return nullptr;
-    return first_child(configuration(), "buttons",
-                       [&](Element e) { return attribute_equals(e, "id", *id); });
+    return first_child(configuration(), "buttons", [&](Element e) { return attribute_equals(e, "id", *id); });
 }
 
 Element ManifestDocument::find_medium(std::optional<std::u16string_view> file_name,
@@ -88,8 +82,7 @@ Element ManifestDocument::find_medium(std::optional<std::u16string_view> file_na
     const bool any_name = equal_ignoring_case(wanted_root, u"shared");
     const std::u16string_view wanted_name = file_name.value_or(u"");
     return first_child(find_element_by_path(application_path() + "/media"), "", [&](Element e) {
-        if (!any_name && !equal_ignoring_case(element_text(e).value_or(u""), wanted_name))
-            return false;
+        if (!any_name && !equal_ignoring_case(element_text(e).value_or(u""), wanted_name)) return false;
         Text medium_root;
         get_attribute_text(e, "root", medium_root);
         return equal_ignoring_case(medium_root.value_or(u"embedded"), wanted_root);

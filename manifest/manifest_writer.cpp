@@ -13,8 +13,11 @@ namespace {
 // The next code point of UTF-8 text at `i`; a malformed byte stands for itself.
 char32_t next_code_point(std::string_view utf8, std::size_t& i) {
     const auto lead = static_cast<unsigned char>(utf8[i]);
-    const std::size_t length = lead < 0x80 ? 1 : (lead & 0xE0) == 0xC0 ? 2 : (lead & 0xF0) == 0xE0 ? 3
-                                               : (lead & 0xF8) == 0xF0 ? 4 : 0;
+    const std::size_t length = lead < 0x80             ? 1
+                               : (lead & 0xE0) == 0xC0 ? 2
+                               : (lead & 0xF0) == 0xE0 ? 3
+                               : (lead & 0xF8) == 0xF0 ? 4
+                                                       : 0;
     if (length == 0 || utf8.size() - i < length) return lead | 0x80000000u;
     char32_t code = length == 1 ? lead : lead & (0x7F >> length);
     for (std::size_t k = 1; k < length; ++k) {
@@ -31,8 +34,10 @@ public:
     Writer(Encoding encoding, Layout layout) : encoding_(encoding), compact_(layout == Layout::compact) {}
 
     void header() {
-        if (encoding_ == Encoding::utf8) out_ += "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n";
-        else out_ += "<?xml version=\"1.0\" encoding=\"ascii\"?>\r\n";
+        if (encoding_ == Encoding::utf8)
+            out_ += "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n";
+        else
+            out_ += "<?xml version=\"1.0\" encoding=\"ascii\"?>\r\n";
     }
 
     void element(xmlNode* element, int depth) {
@@ -62,8 +67,10 @@ public:
                 has_element_children |= child->type == XML_ELEMENT_NODE;
             if (has_element_children) line_end();
             for (xmlNode* child = element->children; child != nullptr; child = child->next) {
-                if (child->type == XML_ELEMENT_NODE) this->element(child, depth + 1);
-                else if (child->type == XML_TEXT_NODE || child->type == XML_CDATA_SECTION_NODE) text(child, depth + 1);
+                if (child->type == XML_ELEMENT_NODE)
+                    this->element(child, depth + 1);
+                else if (child->type == XML_TEXT_NODE || child->type == XML_CDATA_SECTION_NODE)
+                    text(child, depth + 1);
             }
             if (has_element_children) indent(depth);
             out_ += "</";
@@ -123,8 +130,7 @@ private:
                 out_.append(utf8.substr(start, i + 1 - start));
             } else {
                 char reference[16];
-                std::snprintf(reference, sizeof reference, "&#x%X;",
-                              static_cast<unsigned>(code & 0x7FFFFFFFu));
+                std::snprintf(reference, sizeof reference, "&#x%X;", static_cast<unsigned>(code & 0x7FFFFFFFu));
                 out_ += reference;
             }
         }

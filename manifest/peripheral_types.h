@@ -12,15 +12,13 @@
 
 namespace kq::manifest {
 
-inline constexpr std::array<std::u16string_view, 4> kNetworkTypes{u"", u"synthetic", u"a2065",
-                                                                   u"rtl8029"};
-inline constexpr std::array<std::u16string_view, 6> kScsiTypes{
-    u"", u"synthetic", u"a590", u"a4091", u"cyberstorm", u"wd33c93"};
+inline constexpr std::array<std::u16string_view, 4> kNetworkTypes{u"", u"synthetic", u"a2065", u"rtl8029"};
+inline constexpr std::array<std::u16string_view, 6> kScsiTypes{u"",      u"synthetic",  u"a590",
+                                                               u"a4091", u"cyberstorm", u"wd33c93"};
 inline constexpr std::array<std::u16string_view, 3> kAudioTypes{u"", u"fm801", u"es1370"};
 
 // The index of `type` in `table` (compared without regard to case); 0 when it is not there.
-constexpr std::size_t peripheral_type_index(std::span<const std::u16string_view> table,
-                                            std::u16string_view type) {
+constexpr std::size_t peripheral_type_index(std::span<const std::u16string_view> table, std::u16string_view type) {
     for (std::size_t index = 1; index < table.size(); ++index)
         if (equal_ignoring_case(table[index], type)) return index;
     return 0;

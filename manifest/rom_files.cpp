@@ -1,8 +1,8 @@
 #include "manifest/rom_files.h"
 
 #include "common/compare.h"
-#include "common/windows_path.h"
 #include "common/wildcard.h"
+#include "common/windows_path.h"
 #include "manifest/system_models.h"
 #include "platform/files.h"
 
@@ -75,8 +75,7 @@ std::u16string rom_folder(std::u16string_view data_folder) {
     return with_trailing_separator(data_folder) + std::u16string(kSharedRomFolder);
 }
 
-std::optional<std::u16string> extension_rom_file_name(std::u16string_view rom_id,
-                                                      std::u16string_view model_id) {
+std::optional<std::u16string> extension_rom_file_name(std::u16string_view rom_id, std::u16string_view model_id) {
     if (starts_with_ignoring_case(rom_id, u"aros-")) {
         std::u16string name = rom_file_name(rom_id);
         name.replace(name.size() - 4, 4, u"-ext.rom");
@@ -89,11 +88,11 @@ std::optional<std::u16string> extension_rom_file_name(std::u16string_view rom_id
     return std::nullopt;
 }
 
-std::u16string resolve_rom_file(std::u16string_view rom_id, std::u16string_view model_id,
-                                std::u16string_view video, std::u16string_view rom_folder_path) {
+std::u16string resolve_rom_file(std::u16string_view rom_id, std::u16string_view model_id, std::u16string_view video,
+                                std::u16string_view rom_folder_path) {
     const std::u16string_view model = find_model(model_id).id;
-    if (equal_ignoring_case(rom_id, u"130") && std::ranges::find(kModelsWithOriginal130, model) ==
-                                                   std::end(kModelsWithOriginal130))
+    if (equal_ignoring_case(rom_id, u"130") &&
+        std::ranges::find(kModelsWithOriginal130, model) == std::end(kModelsWithOriginal130))
         return u"130-a3000";
     const std::u16string folder = with_trailing_separator(rom_folder_path);
     const auto exists = [&](std::u16string_view id) { return file_exists(folder + rom_file_name(id)); };

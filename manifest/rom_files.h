@@ -21,14 +21,13 @@ std::u16string rom_folder(std::u16string_view data_folder);
 // The further file that a ROM selection needs beside the main one, if any: "-ext.rom" for an
 // "aros-" id; on "a-cdtv" the 1.30 extension (ROM version below 200) or the 2.30 one; on
 // "a-cd32" the CD32 extension.
-std::optional<std::u16string> extension_rom_file_name(std::u16string_view rom_id,
-                                                      std::u16string_view model_id);
+std::optional<std::u16string> extension_rom_file_name(std::u16string_view rom_id, std::u16string_view model_id);
 
 // For an id that begins with a digit: the id whose file exists in `rom_folder`, trying the
 // fallbacks for the id, model and video standard in their fixed order; the given id when
 // none exists.
-std::u16string resolve_rom_file(std::u16string_view rom_id, std::u16string_view model_id,
-                                std::u16string_view video, std::u16string_view rom_folder);
+std::u16string resolve_rom_file(std::u16string_view rom_id, std::u16string_view model_id, std::u16string_view video,
+                                std::u16string_view rom_folder);
 
 // The ROM file that "aros-latest" stands for: the first "aros-*.rom" of the shared ROM folder in
 // name order, its "-ext.rom" companions left out; nullopt when there is none.

@@ -6,7 +6,6 @@
 #include "platform/string_table.h"
 #include "string_ids.h"
 
-
 namespace kq::manifest {
 namespace {
 
@@ -21,7 +20,7 @@ constexpr SharedFolder kRestorableFolders[] = {
     {u"Shared\\rom", strings::shared_rom_images},
 };
 
-constexpr std::size_t kDescriptionChars = 79;  // read into 80-character buffers
+constexpr std::size_t kDescriptionChars = 79; // read into 80-character buffers
 
 } // namespace
 

@@ -100,12 +100,18 @@ struct RomName {
     StringId display_name;
 };
 constexpr RomName kRomNames[] = {
-    {u"070", false, strings::rom_070},           {u"100", false, strings::rom_100},
-    {u"110-ntsc", false, strings::rom_110_ntsc}, {u"110-pal", false, strings::rom_110_pal},
-    {u"120", false, strings::rom_120},           {u"130", true, strings::rom_130},
-    {u"140", true, strings::rom_140},            {u"204", true, strings::rom_204},
-    {u"205", true, strings::rom_205},            {u"300", true, strings::rom_300},
-    {u"310", true, strings::rom_310},            {u"3x0", true, strings::rom_3x0},
+    {u"070", false, strings::rom_070},
+    {u"100", false, strings::rom_100},
+    {u"110-ntsc", false, strings::rom_110_ntsc},
+    {u"110-pal", false, strings::rom_110_pal},
+    {u"120", false, strings::rom_120},
+    {u"130", true, strings::rom_130},
+    {u"140", true, strings::rom_140},
+    {u"204", true, strings::rom_204},
+    {u"205", true, strings::rom_205},
+    {u"300", true, strings::rom_300},
+    {u"310", true, strings::rom_310},
+    {u"3x0", true, strings::rom_3x0},
     {u"320-walker", false, strings::rom_320_walker},
     {u"logica-dialoga-200", false, strings::rom_logica_dialoga_200},
     {u"aros-latest", false, strings::rom_aros_latest},
@@ -115,21 +121,17 @@ constexpr RomName kRomNames[] = {
 } // namespace
 
 const ModelRow& find_model(std::u16string_view model_id) {
-    const auto row = std::ranges::find_if(
-        kModels, [&](const ModelRow& model) { return equal_ignoring_case(model.id, model_id); });
+    const auto row =
+        std::ranges::find_if(kModels, [&](const ModelRow& model) { return equal_ignoring_case(model.id, model_id); });
     return row != std::end(kModels) ? *row : kModels[0];
 }
 
 bool is_known_model(std::u16string_view model_id) {
-    return std::ranges::any_of(kModels, [&](const ModelRow& model) {
-        return equal_ignoring_case(model.id, model_id);
-    });
+    return std::ranges::any_of(kModels, [&](const ModelRow& model) { return equal_ignoring_case(model.id, model_id); });
 }
 
 bool is_32bit_cpu(std::u16string_view cpu_id) {
-    return std::ranges::any_of(k32BitCpus, [&](std::u16string_view cpu) {
-        return equal_ignoring_case(cpu, cpu_id);
-    });
+    return std::ranges::any_of(k32BitCpus, [&](std::u16string_view cpu) { return equal_ignoring_case(cpu, cpu_id); });
 }
 
 StringId rom_display_name(std::u16string_view rom_id) {
@@ -147,8 +149,7 @@ std::uint32_t rom_version(std::u16string_view rom_id) {
     return version;
 }
 
-SystemDefaults fill_system_defaults(std::u16string_view model_id,
-                                    std::optional<std::u16string_view> cpu_override,
+SystemDefaults fill_system_defaults(std::u16string_view model_id, std::optional<std::u16string_view> cpu_override,
                                     std::optional<std::u16string_view> rom_override) {
     const ModelRow& model = find_model(model_id);
     const std::u16string_view cpu = cpu_override && !cpu_override->empty() ? *cpu_override : model.cpu;
@@ -166,16 +167,26 @@ SystemDefaults fill_system_defaults(std::u16string_view model_id,
     case Z3Rule::flexible:
         if (wide_cpu) z3 = {kZ3Large, 64 * M};
         break;
-    case Z3Rule::none:
-        break;
+    case Z3Rule::none: break;
     }
     MemoryChoice board{kBoardNone, 0};
     if (wide_cpu && rom_version(rom) >= 300)
         board = model.a4xxx_row ? MemoryChoice{kBoard2, 16 * M} : MemoryChoice{kBoard1, 0};
 
-    return SystemDefaults{&model,      model.chip,  model.fast,  model.slow, z3,
-                          board,       model.rom,   model.cpu,   model.fpu,  model.selectable_roms,
-                          model.agnus_limit, model.flag1, model.flag2, model.flag3};
+    return SystemDefaults{&model,
+                          model.chip,
+                          model.fast,
+                          model.slow,
+                          z3,
+                          board,
+                          model.rom,
+                          model.cpu,
+                          model.fpu,
+                          model.selectable_roms,
+                          model.agnus_limit,
+                          model.flag1,
+                          model.flag2,
+                          model.flag3};
 }
 
 } // namespace kq::manifest

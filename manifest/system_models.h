@@ -25,12 +25,12 @@ enum class Z3Rule { none, small, large, flexible };
 struct ModelRow {
     std::u16string_view id;
     StringId display_name;
-    std::u16string_view rom, cpu, fpu;  // default ROM, CPU and FPU ids; fpu empty: none
+    std::u16string_view rom, cpu, fpu; // default ROM, CPU and FPU ids; fpu empty: none
     MemoryChoice chip, fast, slow;
     Z3Rule z3;
-    std::uint32_t agnus_limit;  // chip size up to which no ECS Agnus is needed; 0: no such choice
-    bool flag1, flag2, flag3;   // switches of the emulator configuration writer
-    bool a4xxx_row;             // "a-4xxx", "a-whdload" and "a-aros" share one row of defaults
+    std::uint32_t agnus_limit; // chip size up to which no ECS Agnus is needed; 0: no such choice
+    bool flag1, flag2, flag3;  // switches of the emulator configuration writer
+    bool a4xxx_row;            // "a-4xxx", "a-whdload" and "a-aros" share one row of defaults
     std::span<const std::u16string_view> selectable_roms;
 };
 
@@ -56,8 +56,8 @@ SystemDefaults fill_system_defaults(std::u16string_view model_id,
                                     std::optional<std::u16string_view> rom_override = std::nullopt);
 
 // The CPU ids, as the configuration names them.
-inline constexpr std::array<std::u16string_view, 9> kCpuIds{
-    u"68000", u"68010", u"68ec020", u"68020", u"68030", u"68ec040", u"68lc040", u"68040", u"68060"};
+inline constexpr std::array<std::u16string_view, 9> kCpuIds{u"68000",   u"68010",   u"68ec020", u"68020", u"68030",
+                                                            u"68ec040", u"68lc040", u"68040",   u"68060"};
 // Whether the CPU addresses 32 bits ("68EC020" deliberately does not count).
 bool is_32bit_cpu(std::u16string_view cpu_id);
 

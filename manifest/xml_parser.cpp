@@ -10,9 +10,7 @@ namespace kq::manifest {
 namespace {
 
 // Every external resource a document asks for (DTD, entity, parameter entity) is refused.
-xmlParserInputPtr refuse_external_load(const char*, const char*, xmlParserCtxtPtr) {
-    return nullptr;
-}
+xmlParserInputPtr refuse_external_load(const char*, const char*, xmlParserCtxtPtr) { return nullptr; }
 
 void ignore_error(void*, const char*, ...) {}
 void ignore_structured_error(void*, xmlErrorPtr) {}
@@ -28,9 +26,9 @@ void prepare_libxml2() {
     xmlSetStructuredErrorFunc(nullptr, ignore_structured_error);
 }
 
-constexpr int kParseOptions = XML_PARSE_NOENT      // substitute internal entities
-                              | XML_PARSE_NONET    // never touch the network
-                              | XML_PARSE_NOCDATA  // CDATA sections as text
+constexpr int kParseOptions = XML_PARSE_NOENT     // substitute internal entities
+                              | XML_PARSE_NONET   // never touch the network
+                              | XML_PARSE_NOCDATA // CDATA sections as text
                               | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
 
 struct ParserContextFree {
@@ -47,12 +45,12 @@ HResult parse_xml(std::string_view text, XmlDocument& out, TextEncoding encoding
     prepare_libxml2();
     const std::unique_ptr<xmlParserCtxt, ParserContextFree> context(xmlNewParserCtxt());
     if (!context) return status::out_of_memory;
-    XmlDocument document(xmlCtxtReadMemory(context.get(), text.data(), static_cast<int>(text.size()),
-                                           nullptr, encoding == TextEncoding::utf8 ? "UTF-8" : nullptr,
-                                           kParseOptions | (encoding == TextEncoding::utf8 ? XML_PARSE_IGNORE_ENC : 0)));
+    XmlDocument document(
+        xmlCtxtReadMemory(context.get(), text.data(), static_cast<int>(text.size()), nullptr,
+                          encoding == TextEncoding::utf8 ? "UTF-8" : nullptr,
+                          kParseOptions | (encoding == TextEncoding::utf8 ? XML_PARSE_IGNORE_ENC : 0)));
     if (!document || !context->wellFormed) {
-        return context->lastError.code == XML_ERR_NO_MEMORY ? status::out_of_memory
-                                                            : kMalformedDocument;
+        return context->lastError.code == XML_ERR_NO_MEMORY ? status::out_of_memory : kMalformedDocument;
     }
     out = std::move(document);
     return status::ok;

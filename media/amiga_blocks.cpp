@@ -7,7 +7,7 @@ namespace {
 
 constexpr std::int64_t kTicksPerDay = 864000000000;
 constexpr std::int64_t kTicksPerMinute = 600000000;
-constexpr std::int64_t kTicksPerAmigaTick = 200000;  // 1/50 s
+constexpr std::int64_t kTicksPerAmigaTick = 200000; // 1/50 s
 // 1978-01-01 00:00, the Amiga's epoch, as 100-ns ticks since 1601-01-01: 137,696 days.
 constexpr std::int64_t kAmigaEpoch = std::int64_t{137696} * kTicksPerDay;
 
@@ -48,7 +48,7 @@ bool boot_checksum_valid(std::span<const std::byte, 2 * kBlockBytes> boot) {
     for (std::size_t at = 0; at < boot.size(); at += 4) {
         const std::uint32_t value = load_be32(&boot[at]);
         sum += value;
-        if (sum < value) ++sum;  // the carry goes round
+        if (sum < value) ++sum; // the carry goes round
     }
     return sum == 0xFFFFFFFF;
 }

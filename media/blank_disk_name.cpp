@@ -18,9 +18,13 @@ constexpr int kMaxNameNumber = 9999;
 constexpr std::u16string_view kFloppyFolder = u"Shared\\adf\\", kHardDiskFolder = u"Shared\\hdf\\";
 constexpr std::size_t kMaxMessageChars = 512;
 
-std::u16string ascii_text(const char* text) { return std::u16string(text, text + std::char_traits<char>::length(text)); }
+std::u16string ascii_text(const char* text) {
+    return std::u16string(text, text + std::char_traits<char>::length(text));
+}
 
-bool is_hard_disk(BlankDiskKind kind) { return kind == BlankDiskKind::hard_disk || kind == BlankDiskKind::hard_disk_other; }
+bool is_hard_disk(BlankDiskKind kind) {
+    return kind == BlankDiskKind::hard_disk || kind == BlankDiskKind::hard_disk_other;
+}
 
 } // namespace
 
@@ -40,9 +44,9 @@ HResult propose_blank_disk(BlankDiskKind kind, std::u16string_view data_root, st
                            std::u16string_view size_field, void* parent_window, BlankDiskProposal& proposal) {
     proposal = BlankDiskProposal();
     const bool hard_disk = is_hard_disk(kind);
-    proposal.folder = picked_folder.empty()
-                          ? with_trailing_separator(data_root) + std::u16string(hard_disk ? kHardDiskFolder : kFloppyFolder)
-                          : with_trailing_separator(picked_folder);
+    proposal.folder = picked_folder.empty() ? with_trailing_separator(data_root) +
+                                                  std::u16string(hard_disk ? kHardDiskFolder : kFloppyFolder)
+                                            : with_trailing_separator(picked_folder);
     std::u16string name;
     if (hard_disk) {
         name = blank_hard_disk_name(size_field);
@@ -50,10 +54,9 @@ HResult propose_blank_disk(BlankDiskKind kind, std::u16string_view data_root, st
         const std::uint32_t medium_kind = kind == BlankDiskKind::high_density_floppy ? 1 : 0;
         const HResult made = make_empty_medium(0, medium_kind, &proposal.empty_medium);
         if (made == status::from_win32(platform::system_error::not_found)) {
-            platform::show_message_box(parent_window,
-                                       platform::load_string(strings::blank_disk_template_missing, kMaxMessageChars),
-                                       platform::load_string(strings::create_blank_disk, kMaxMessageChars),
-                                       platform::kMessageBoxDefault);
+            platform::show_message_box(
+                parent_window, platform::load_string(strings::blank_disk_template_missing, kMaxMessageChars),
+                platform::load_string(strings::create_blank_disk, kMaxMessageChars), platform::kMessageBoxDefault);
         }
         if (made != status::ok) return made;
         name = std::u16string(file_name_of(proposal.empty_medium));

@@ -13,7 +13,7 @@ namespace kq::media {
 
 // The dialog's medium kinds.
 enum class BlankDiskKind : unsigned {
-    none = 0,  // nothing selected: a double-density floppy
+    none = 0, // nothing selected: a double-density floppy
     double_density_floppy = 1,
     high_density_floppy = 2,
     hard_disk = 3,
@@ -29,9 +29,9 @@ std::optional<std::u16string> free_blank_disk_name(std::u16string_view folder, s
 std::u16string blank_hard_disk_name(std::u16string_view size_field);
 
 struct BlankDiskProposal {
-    std::u16string folder;        // ending in "\"
-    std::u16string name;          // empty when every candidate exists
-    std::u16string empty_medium;  // for a floppy: the empty medium made (free_empty_medium it)
+    std::u16string folder;       // ending in "\"
+    std::u16string name;         // empty when every candidate exists
+    std::u16string empty_medium; // for a floppy: the empty medium made (free_empty_medium it)
 };
 
 // What the dialog proposes: the folder (the one the user picked, else data_root + "Shared\adf\"

@@ -17,8 +17,8 @@ std::optional<std::u16string> caps_library_path(bool common_files_setting) {
     std::optional<std::u16string> folder = platform::program_files_folder(true);
     if (!folder) folder = platform::program_files_folder(false);
     if (!folder)
-        folder = platform::read_machine_setting_string(
-            kWindowsVersionKey, common_files_setting ? u"CommonFilesDir" : u"ProgramFilesDir");
+        folder = platform::read_machine_setting_string(kWindowsVersionKey,
+                                                       common_files_setting ? u"CommonFilesDir" : u"ProgramFilesDir");
     if (!folder) return std::nullopt;
     std::u16string path = with_trailing_separator(*folder);
     path += kLibraryBelowFolder;

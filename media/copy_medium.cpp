@@ -1,10 +1,10 @@
 #include "media/copy_medium.h"
 
 #include "common/windows_path.h"
+#include "media/compression/inflate.h"
 #include "media/cue_sheet.h"
 #include "media/dms/dms_unpacker.h"
 #include "media/image_formats.h"
-#include "media/compression/inflate.h"
 #include "platform/file_operations.h"
 #include "platform/files.h"
 #include "platform/text_conversion.h"
@@ -96,7 +96,7 @@ HResult ascii_safe_path(std::u16string_view path, std::u16string& safe) {
             if (!short_name->empty()) replacement = *short_name;
         }
         safe += replacement;
-        if (end < path.size()) safe += path[end];  // the separator as written
+        if (end < path.size()) safe += path[end]; // the separator as written
         start = end + 1;
     }
     return status::ok;
@@ -131,7 +131,8 @@ HResult copy_medium_file(std::u16string_view source_path, std::u16string_view ta
     if (platform::file_attributes(path)) {
         if (flags & kCopyMediumNoOverwrite) return status::from_win32(platform::system_error::file_exists);
         make_writable(path);
-        if (const platform::SystemError error = platform::delete_file(path); error != 0) return status::from_win32(error);
+        if (const platform::SystemError error = platform::delete_file(path); error != 0)
+            return status::from_win32(error);
     }
 
     HResult result = status::ok;
@@ -147,14 +148,14 @@ HResult copy_medium_file(std::u16string_view source_path, std::u16string_view ta
         const ImageFormat* format = image_format_of(source_name);
         if (result == status::ok && format != nullptr && format->container == ImageContainer::cue_sheet) {
             result = copy_cue_data_files(source, folder);
-            if (result != status::ok) platform::delete_file_robustly(path);  // a sheet without its files
+            if (result != status::ok) platform::delete_file_robustly(path); // a sheet without its files
         }
         break;
     }
     }
     if (conversion != Conversion::none) {
         if (result != status::ok) {
-            platform::delete_file_robustly(path);  // no half-unpacked image is left
+            platform::delete_file_robustly(path); // no half-unpacked image is left
             return result;
         }
         make_writable(path);

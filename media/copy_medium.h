@@ -11,10 +11,10 @@
 
 namespace kq::media {
 
-inline constexpr std::uint32_t kCopyMediumConvert = 0x1;        // unpack .adz, .hdz and .dms
-inline constexpr std::uint32_t kCopyMediumNoOverwrite = 0x2;    // fail when the target exists
-inline constexpr std::uint32_t kCopyMediumUniqueName = 0x4;     // take a free name instead
-inline constexpr std::uint32_t kCopyMediumSkipSameName = 0x8;   // nothing to do for an unchanged name
+inline constexpr std::uint32_t kCopyMediumConvert = 0x1;      // unpack .adz, .hdz and .dms
+inline constexpr std::uint32_t kCopyMediumNoOverwrite = 0x2;  // fail when the target exists
+inline constexpr std::uint32_t kCopyMediumUniqueName = 0x4;   // take a free name instead
+inline constexpr std::uint32_t kCopyMediumSkipSameName = 0x8; // nothing to do for an unchanged name
 
 // `path` with every element that holds a character above 0x7F replaced by its short (8.3)
 // name where the file system has one. Failure: the system's error looking an element up.

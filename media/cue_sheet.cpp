@@ -41,7 +41,7 @@ std::u16string_view file_name_field(std::u16string_view rest) {
 // Whether a relative path stays below its folder: not rooted, no drive, no ".." element.
 bool stays_inside(std::u16string_view path) {
     if (path.empty() || is_path_separator(path.front())) return false;
-    if (path.find(u':') != std::u16string_view::npos) return false;  // a drive or a stream name
+    if (path.find(u':') != std::u16string_view::npos) return false; // a drive or a stream name
     for (std::size_t start = 0; start <= path.size();) {
         const std::size_t end = std::min(find_path_separator(path, start), path.size());
         if (path.substr(start, end - start) == u"..") return false;
@@ -84,7 +84,7 @@ struct TrackMode {
     std::uint32_t sector_bytes, header_bytes;
 };
 constexpr TrackMode kDataModes[] = {
-    {u"MODE1/2048", 2048, 0}, {u"MODE1/2352", 2352, 16}, {u"MODE2/2336", 2336, 8},
+    {u"MODE1/2048", 2048, 0},  {u"MODE1/2352", 2352, 16}, {u"MODE2/2336", 2336, 8},
     {u"MODE2/2352", 2352, 24}, {u"MODE2/2048", 2048, 0},
 };
 
@@ -149,7 +149,7 @@ CueError read_cue_sheet(std::string_view sheet, std::vector<CueDataFile>& files)
             return;
         }
         std::u16string name(file_name_of(path));
-        if (name.empty()) return;  // a folder, not a file
+        if (name.empty()) return; // a folder, not a file
         files.push_back({std::move(path), std::move(name)});
     });
     if (unsafe) {

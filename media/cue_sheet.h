@@ -19,8 +19,8 @@ namespace kq::media {
 inline constexpr std::size_t kMaxCueSheetBytes = 1 << 20;
 
 struct CueDataFile {
-    std::u16string relative_path;  // as the sheet names it, with "\" between elements
-    std::u16string file_name;      // its last element
+    std::u16string relative_path; // as the sheet names it, with "\" between elements
+    std::u16string file_name;     // its last element
 };
 
 enum class CueError { none, too_large, unsafe_name, unreadable };
@@ -28,9 +28,9 @@ enum class CueError { none, too_large, unsafe_name, unreadable };
 // The first data (not audio) track: the file it is in and where in that file it starts.
 struct CueDataTrack {
     std::u16string relative_path;
-    std::uint32_t sector_bytes = 2048;  // 2048, 2336 or 2352
-    std::uint32_t header_bytes = 0;     // before each sector's 2,048 user bytes: 0, 8, 16 or 24
-    std::uint64_t start_sector = 0;     // its INDEX 01 (75 sectors a second)
+    std::uint32_t sector_bytes = 2048; // 2048, 2336 or 2352
+    std::uint32_t header_bytes = 0;    // before each sector's 2,048 user bytes: 0, 8, 16 or 24
+    std::uint64_t start_sector = 0;    // its INDEX 01 (75 sectors a second)
 };
 
 CueError read_cue_sheet(std::string_view sheet, std::vector<CueDataFile>& files);

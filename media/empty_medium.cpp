@@ -25,7 +25,7 @@ HResult make_private_folder(std::u16string& folder) {
     const std::uint32_t start = platform::tick_count() & 0xFFFF;
     for (std::uint32_t i = 0; i < kNameNumbers; ++i) {
         const auto number = static_cast<std::uint16_t>((start + i) % kNameNumbers);
-        if (number == 0) continue;  // would have the system create a file of its own choosing
+        if (number == 0) continue; // would have the system create a file of its own choosing
         const std::optional<std::u16string> name = platform::temp_file_name(*temp, kFolderPrefix, number);
         if (!name) return status::system_failure();
         if (platform::file_attributes(*name)) continue;

@@ -16,7 +16,7 @@ namespace kq::media {
 
 struct EmptyMediumTemplate {
     std::u16string_view file_name;
-    std::uint32_t root_offset;  // the root block's byte offset
+    std::uint32_t root_offset; // the root block's byte offset
 };
 
 // By kind: 0 double density (880 KB), 1 high density (1,760 KB).

@@ -16,10 +16,9 @@ constexpr std::array<char, 8> kOlderSignature = {'U', 'A', 'E', '-', '-', 'A', '
 constexpr std::size_t kHeaderBytes = 12;
 constexpr std::size_t kNewerEntryBytes = 12, kOlderEntryBytes = 4;
 constexpr std::uint32_t kOlderTrackCount = 160;
-constexpr std::uint32_t kOlderDataOffset = 648;  // 8 + 160 × 4
+constexpr std::uint32_t kOlderDataOffset = 648; // 8 + 160 × 4
 constexpr std::uint32_t kLongTrackBytes = 20000;
 constexpr std::uint32_t kInvalidData = platform::system_error::invalid_data;
-
 
 bool starts_with(std::span<const std::byte> bytes, const std::array<char, 8>& signature) {
     return bytes.size() >= signature.size() && std::memcmp(bytes.data(), signature.data(), signature.size()) == 0;
@@ -45,10 +44,10 @@ struct TrackSlots {
 };
 
 HResult decode_track(ByteSource& source, const ExtendedAdfTrack& track, TrackSlots& slots, bool& high_density) {
-    if (track.byte_length == 0) return status::ok;  // unformatted
+    if (track.byte_length == 0) return status::ok; // unformatted
     if (!source.seek(track.offset)) return status::system_failure();
     if (track.type == kTrackTypeRawMfm) {
-        std::vector<std::byte> raw(track.byte_length);  // at most 16 MiB: the length has 24 bits
+        std::vector<std::byte> raw(track.byte_length); // at most 16 MiB: the length has 24 bits
         if (const HResult read = read_exactly(source, raw); read != status::ok) return read;
         const MfmTrackSectors sectors = decode_mfm_track(raw, track.bit_length, kHighDensitySectors, slots.data);
         slots.found = sectors.found;
@@ -99,8 +98,8 @@ HResult read_extended_adf_table(ByteSource& source, ExtendedAdfTable& table) {
         const std::span<const std::byte> entry = std::span(entries).subspan(i * entry_bytes, entry_bytes);
         ExtendedAdfTrack& track = tracks[i];
         if (newer) {
-            track = {byte_value(entry.data(), 3), byte_value(entry.data(), 2) + 1, load_be24(&entry[5]), load_be24(&entry[9]),
-                     offset};
+            track = {byte_value(entry.data(), 3), byte_value(entry.data(), 2) + 1, load_be24(&entry[5]),
+                     load_be24(&entry[9]), offset};
         } else {
             track = {kTrackTypeDecoded, 1, load_be16(&entry[2]), 0, offset};
         }
@@ -138,7 +137,8 @@ HResult decode_extended_adf(ByteSource& source, const ExtendedAdfTable& table, D
     const std::size_t track_bytes = sectors * kSectorBytes;
     out.image.resize(count * track_bytes);
     for (std::uint32_t i = 0; i < count; ++i) {
-        std::copy_n(slots[i].data.begin(), track_bytes, out.image.begin() + static_cast<std::ptrdiff_t>(i * track_bytes));
+        std::copy_n(slots[i].data.begin(), track_bytes,
+                    out.image.begin() + static_cast<std::ptrdiff_t>(i * track_bytes));
         for (unsigned sector = 0; sector < sectors; ++sector) {
             if (!slots[i].found[sector]) {
                 ++out.incomplete_tracks;

@@ -28,7 +28,7 @@ struct ExtendedAdfTrack {
     std::uint32_t revolutions;
     std::uint32_t byte_length;
     std::uint32_t bit_length;
-    std::uint32_t offset;  // of the track's data in the file
+    std::uint32_t offset; // of the track's data in the file
 };
 static_assert(sizeof(ExtendedAdfTrack) == 20);
 
@@ -76,14 +76,14 @@ private:
 
 // The tracks decoded into a plain ADF image.
 struct DecodedFloppy {
-    std::vector<std::byte> image;  // tracks × sectors_per_track × 512 bytes
+    std::vector<std::byte> image; // tracks × sectors_per_track × 512 bytes
     unsigned sectors_per_track = 0;
     std::uint32_t tracks = 0;
-    std::uint32_t incomplete_tracks = 0;  // with a sector that could not be decoded (zero-filled)
-    std::uint32_t ignored_tracks = 0;     // beyond the most that a drive can reach
+    std::uint32_t incomplete_tracks = 0; // with a sector that could not be decoded (zero-filled)
+    std::uint32_t ignored_tracks = 0;    // beyond the most that a drive can reach
 };
 
-inline constexpr std::uint32_t kMaxDecodedTracks = 168;  // 84 cylinders, 2 heads
+inline constexpr std::uint32_t kMaxDecodedTracks = 168; // 84 cylinders, 2 heads
 
 // Decodes the tracks that `table` lists from `source`. The disk is high density when a decoded
 // track holds 22 sectors or a raw track yields a sector numbered 11 or more.

@@ -18,20 +18,20 @@ enum class MediumKind { floppy, hard_disk, cd };
 
 // How an image file holds its medium.
 enum class ImageContainer {
-    plain,      // the bytes are the medium's (an extended ADF is told apart by its signature)
-    gzip,       // a gzip member (or the first entry of a ZIP archive) of a plain image
-    dms,        // a DMS archive of a floppy
-    ipf,        // an IPF image, read through the CAPSImg library
-    cue_sheet,  // a CUE sheet that names the CD image's data files
-    flux,       // flux transitions (SuperCard Pro), which the module does not decode
+    plain,     // the bytes are the medium's (an extended ADF is told apart by its signature)
+    gzip,      // a gzip member (or the first entry of a ZIP archive) of a plain image
+    dms,       // a DMS archive of a floppy
+    ipf,       // an IPF image, read through the CAPSImg library
+    cue_sheet, // a CUE sheet that names the CD image's data files
+    flux,      // flux transitions (SuperCard Pro), which the module does not decode
 };
 
 struct ImageFormat {
-    std::u16string_view extension;  // without its dot, in lower case
+    std::u16string_view extension; // without its dot, in lower case
     MediumKind kind;
     ImageContainer container;
-    bool is_writable;                      // a disk image that the emulator may write to
-    std::u16string_view conversion_label;  // how the content analysis reads it
+    bool is_writable;                     // a disk image that the emulator may write to
+    std::u16string_view conversion_label; // how the content analysis reads it
 };
 
 inline constexpr std::u16string_view kRawFileLabel = u"Raw File";
@@ -50,9 +50,8 @@ inline constexpr std::array kImageFormats{
 
 // Whether a format has this extension (without its dot, any letter case).
 constexpr bool is_image_extension(std::u16string_view extension) {
-    return std::ranges::any_of(kImageFormats, [&](const ImageFormat& format) {
-        return equal_ignoring_case(extension, format.extension);
-    });
+    return std::ranges::any_of(
+        kImageFormats, [&](const ImageFormat& format) { return equal_ignoring_case(extension, format.extension); });
 }
 
 // The format of an extension (without its dot, any letter case); nullptr when none has it.
@@ -81,8 +80,11 @@ constexpr std::u16string_view unpacked_extension(const ImageFormat& format) {
 static_assert(std::ranges::adjacent_find(kImageFormats, std::ranges::greater_equal{}, &ImageFormat::extension) ==
                   kImageFormats.end(),
               "one row per extension, in alphabetical order");
-static_assert(std::ranges::none_of(kImageFormats, [](const ImageFormat& format) {
-    return format.kind == MediumKind::cd && (format.is_writable || is_packed(format));
-}), "CD images are read-only and never packed");
+static_assert(std::ranges::none_of(kImageFormats,
+                                   [](const ImageFormat& format) {
+                                       return format.kind == MediumKind::cd &&
+                                              (format.is_writable || is_packed(format));
+                                   }),
+              "CD images are read-only and never packed");
 
 } // namespace kq::media

@@ -18,15 +18,15 @@ std::optional<std::u16string> read_volume_name(std::u16string_view path);
 // How a hard-disk image without partition table is laid out; zeros (and -1 reserved blocks)
 // stand for "not given", when defaults apply.
 struct HardDiskGeometry {
-    std::uint32_t block_size = 0;  // bytes
-    std::uint32_t sectors = 0;     // blocks per track
-    std::uint32_t surfaces = 0;    // heads
-    std::int32_t reserved = -1;    // boot blocks at the start of the volume
+    std::uint32_t block_size = 0; // bytes
+    std::uint32_t sectors = 0;    // blocks per track
+    std::uint32_t surfaces = 0;   // heads
+    std::int32_t reserved = -1;   // boot blocks at the start of the volume
 };
 
 struct HardDiskNames {
-    std::u16string device_name;  // from the partition table ("DH0"); empty when the image has none
-    std::u16string volume_name;  // empty when no volume could be read
+    std::u16string device_name; // from the partition table ("DH0"); empty when the image has none
+    std::u16string volume_name; // empty when no volume could be read
 };
 
 // The device and volume names of the first partition of the hard-disk image at `path` (HDF or

@@ -54,9 +54,7 @@ private:
 };
 
 // One decoded long from its odd half and its even half.
-std::uint32_t decode_long(std::uint32_t odd, std::uint32_t even) {
-    return (odd & kDataBits) << 1 | (even & kDataBits);
-}
+std::uint32_t decode_long(std::uint32_t odd, std::uint32_t even) { return (odd & kDataBits) << 1 | (even & kDataBits); }
 
 // Decodes the sector whose info starts at bit `start` when both checksums hold: writes its
 // data and returns its info long.
@@ -91,7 +89,7 @@ MfmTrackSectors decode_mfm_track(std::span<const std::byte> raw, std::uint32_t b
     if (length < 16) return result;
     const CircularBits bits(raw, length);
     std::array<std::byte, kSectorBytes> data{};
-    std::uint32_t window = bits.word_at(0) >> 1;  // shifted in one bit at a time below
+    std::uint32_t window = bits.word_at(0) >> 1; // shifted in one bit at a time below
     for (std::uint64_t position = 0; position < length; ++position) {
         window = (window << 1 | bits.bit(position + 15)) & 0xFFFF;
         if (window != kSync) continue;

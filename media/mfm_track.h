@@ -15,8 +15,8 @@ inline constexpr std::size_t kSectorBytes = 512;
 inline constexpr unsigned kDoubleDensitySectors = 11, kHighDensitySectors = 22;
 
 struct MfmTrackSectors {
-    std::bitset<kHighDensitySectors> found;  // the sectors whose data was stored
-    unsigned last_track_number = 0;          // the track number of the last good header
+    std::bitset<kHighDensitySectors> found; // the sectors whose data was stored
+    unsigned last_track_number = 0;         // the track number of the last good header
 };
 
 // Decodes the first `bit_length` bits of `raw` (all of them when bit_length is 0 or larger),

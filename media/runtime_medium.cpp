@@ -34,7 +34,8 @@ constexpr std::uint32_t kInflaterFailure = 0x80040000u;
 // character before the extension's dot. nullptr for every other image.
 const ImageFormat* working_copy_format(std::u16string_view path) {
     const ImageFormat* format = image_format_of(path);
-    if (format == nullptr || path.size() <= format->extension.size() + 1 || !takes_working_copy(*format)) return nullptr;
+    if (format == nullptr || path.size() <= format->extension.size() + 1 || !takes_working_copy(*format))
+        return nullptr;
     return format;
 }
 
@@ -42,9 +43,8 @@ std::u16string guid_text(const platform::Guid& guid) {
     char text[40];
     std::snprintf(text, sizeof text, "%08X-%04X-%04X-%02X%02X-%02X%02X%02X%02X%02X%02X",
                   static_cast<unsigned>(guid.data1), unsigned{guid.data2}, unsigned{guid.data3},
-                  unsigned{guid.data4[0]}, unsigned{guid.data4[1]}, unsigned{guid.data4[2]},
-                  unsigned{guid.data4[3]}, unsigned{guid.data4[4]}, unsigned{guid.data4[5]},
-                  unsigned{guid.data4[6]}, unsigned{guid.data4[7]});
+                  unsigned{guid.data4[0]}, unsigned{guid.data4[1]}, unsigned{guid.data4[2]}, unsigned{guid.data4[3]},
+                  unsigned{guid.data4[4]}, unsigned{guid.data4[5]}, unsigned{guid.data4[6]}, unsigned{guid.data4[7]});
     return std::u16string(text, text + kRuntimeKeyChars);
 }
 
@@ -118,7 +118,8 @@ HResult read_record(std::u16string_view record_path, Record& record, bool with_p
     const std::optional<std::size_t> got_path = file->read(path);
     if (!got_path || *got_path < 2) return status::failed;
     record.image_path.clear();
-    for (std::size_t i = 0; i + 1 < *got_path; i += 2) record.image_path.push_back(static_cast<char16_t>(load_le16(&path[i])));
+    for (std::size_t i = 0; i + 1 < *got_path; i += 2)
+        record.image_path.push_back(static_cast<char16_t>(load_le16(&path[i])));
     return status::ok;
 }
 
@@ -180,8 +181,8 @@ HResult write_back(std::u16string_view working_copy, const std::u16string& image
         return status::from_win32(platform::system_error::access_denied);
     const ImageFormat* format = working_copy_format(image_path);
     if (format != nullptr && format->container == ImageContainer::gzip)
-        return write_beside(image_path, [&](std::u16string_view target) { return deflate_file(working_copy, target, image_path);
-        });
+        return write_beside(image_path,
+                            [&](std::u16string_view target) { return deflate_file(working_copy, target, image_path); });
     if (same_drive(working_copy, image_path) && replace_by_renaming(working_copy, image_path)) return status::ok;
     return write_beside(image_path, [&](std::u16string_view target) {
         return status::from_win32(platform::copy_file(working_copy, target));

@@ -19,12 +19,10 @@ constexpr std::size_t kIpfMessageMaxChars = 80;
 
 void show_report(std::u16string_view host_folder, void* parent_window, HResult code) {
     if (code == kIpfLibraryMissing) {
-        const std::u16string text =
-            platform::load_string(strings::ipf_library_missing, kIpfMessageMaxChars);
+        const std::u16string text = platform::load_string(strings::ipf_library_missing, kIpfMessageMaxChars);
         HostLibraryLink link(host_folder);
         link.show_error_message(kIpfContext,
-                                static_cast<std::uint32_t>(
-                                    status::from_win32(platform::system_error::dll_not_found)),
+                                static_cast<std::uint32_t>(status::from_win32(platform::system_error::dll_not_found)),
                                 parent_window, text, 0);
         return;
     }
@@ -35,10 +33,8 @@ void show_report(std::u16string_view host_folder, void* parent_window, HResult c
     // A status that names no text of the module has nothing to tell the user.
     if (message.empty()) return;
     const std::optional<std::u16string> text = format_message_keeping_inserts(message);
-    const std::u16string caption =
-        platform::load_string(strings::add_media_files, kMaxLoadedTextChars);
-    platform::show_message_box(parent_window, text.value_or(message), caption,
-                               platform::kMessageBoxDefault);
+    const std::u16string caption = platform::load_string(strings::add_media_files, kMaxLoadedTextChars);
+    platform::show_message_box(parent_window, text.value_or(message), caption, platform::kMessageBoxDefault);
 }
 
 } // namespace
@@ -51,8 +47,7 @@ void report_error(void* parent_window, HResult code) noexcept {
     }
 }
 
-void report_error_from(std::u16string_view host_folder, void* parent_window,
-                       HResult code) noexcept {
+void report_error_from(std::u16string_view host_folder, void* parent_window, HResult code) noexcept {
     try {
         show_report(host_folder, parent_window, code);
     } catch (...) {

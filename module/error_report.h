@@ -18,7 +18,6 @@ inline constexpr HResult kIpfLibraryMissing = 0x00040000;
 
 void report_error(void* parent_window, HResult code) noexcept;
 // The same with the host library looked for in `host_folder`.
-void report_error_from(std::u16string_view host_folder, void* parent_window,
-                       HResult code) noexcept;
+void report_error_from(std::u16string_view host_folder, void* parent_window, HResult code) noexcept;
 
 } // namespace kq

@@ -25,7 +25,7 @@ HResult guard(Body&& body) noexcept {
     } catch (const std::bad_alloc&) {
         return status::out_of_memory;
     } catch (...) {
-        return status::unexpected;  // a fault of the module, not of the host's input
+        return status::unexpected; // a fault of the module, not of the host's input
     }
 }
 

@@ -9,9 +9,8 @@ namespace kq {
 namespace {
 
 // The host library's functions. Both use the platform's single 64-bit calling convention.
-using ShowErrorMessage2 = HResult (*)(std::uint64_t instance, const char16_t* context,
-                                      std::uint32_t error_code, void* parent_window,
-                                      const char16_t* text, std::uint32_t flags);
+using ShowErrorMessage2 = HResult (*)(std::uint64_t instance, const char16_t* context, std::uint32_t error_code,
+                                      void* parent_window, const char16_t* text, std::uint32_t flags);
 using CloseLibrary = HResult (*)(std::uint64_t instance);
 
 } // namespace
@@ -28,8 +27,7 @@ HostLibraryLink::~HostLibraryLink() {
 }
 
 template <class Call>
-HResult HostLibraryLink::call_locked(const char* function_name, HResult when_not_loaded,
-                                     Call&& call) {
+HResult HostLibraryLink::call_locked(const char* function_name, HResult when_not_loaded, Call&& call) {
     std::optional<platform::NamedMutex> mutex = platform::NamedMutex::open(kDataAccessMutexName);
     if (!mutex) return status::failed;
     if (!mutex->acquire()) return status::failed;
@@ -44,25 +42,22 @@ HResult HostLibraryLink::call_locked(const char* function_name, HResult when_not
     return call(function);
 }
 
-HResult HostLibraryLink::show_error_message(std::u16string_view context, std::uint32_t error_code,
-                                            void* parent_window, std::u16string_view text,
-                                            std::uint32_t flags) {
+HResult HostLibraryLink::show_error_message(std::u16string_view context, std::uint32_t error_code, void* parent_window,
+                                            std::u16string_view text, std::uint32_t flags) {
     // The host library gets its own copies of the texts, terminated.
     const std::u16string context_copy(context), text_copy(text);
     return call_locked("KQShowErrorMessage2", status::from_win32(platform::system_error::invalid_dll),
                        [&](platform::Library::Procedure function) {
                            return reinterpret_cast<ShowErrorMessage2>(function)(
-                               instance_, context_copy.c_str(), error_code, parent_window,
-                               text_copy.c_str(), flags);
+                               instance_, context_copy.c_str(), error_code, parent_window, text_copy.c_str(), flags);
                        });
 }
 
 HResult HostLibraryLink::close() {
     if (instance_ == 0) return status::ok;
-    return call_locked("KQCloseLibrary", status::from_win32(platform::system_error::dll_not_found),
-                       [&](platform::Library::Procedure function) {
-                           return reinterpret_cast<CloseLibrary>(function)(instance_);
-                       });
+    return call_locked(
+        "KQCloseLibrary", status::from_win32(platform::system_error::dll_not_found),
+        [&](platform::Library::Procedure function) { return reinterpret_cast<CloseLibrary>(function)(instance_); });
 }
 
 } // namespace kq

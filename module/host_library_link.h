@@ -43,9 +43,8 @@ public:
     void set_instance_handle(std::uint64_t instance) noexcept { instance_ = instance; }
 
     // KQShowErrorMessage2(instance, context, error code, parent window, text, flags).
-    HResult show_error_message(std::u16string_view context, std::uint32_t error_code,
-                               void* parent_window, std::u16string_view text,
-                               std::uint32_t flags);
+    HResult show_error_message(std::u16string_view context, std::uint32_t error_code, void* parent_window,
+                               std::u16string_view text, std::uint32_t flags);
     // KQCloseLibrary(instance) when an instance handle is set; without one there is nothing to
     // close and the result is S_OK.
     HResult close();

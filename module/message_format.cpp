@@ -23,12 +23,11 @@ std::optional<Conversion> parse_conversion(std::u16string_view spec) {
         (spec[i] == u'-' ? conversion.left_align : conversion.zero_pad) = true;
     for (; i < spec.size() && is_digit(spec[i]); ++i) {
         conversion.width = conversion.width * 10 + (spec[i] - u'0');
-        if (conversion.width > 1024) return std::nullopt;  // a safety cap, not a format limit
+        if (conversion.width > 1024) return std::nullopt; // a safety cap, not a format limit
     }
     if (i + 1 != spec.size()) return std::nullopt;
     conversion.type = spec[i];
-    if (std::u16string_view(u"scdiuxX").find(conversion.type) == std::u16string_view::npos)
-        return std::nullopt;
+    if (std::u16string_view(u"scdiuxX").find(conversion.type) == std::u16string_view::npos) return std::nullopt;
     return conversion;
 }
 
@@ -40,16 +39,13 @@ std::u16string number_text(std::int64_t value, char16_t type) {
     switch (type) {
     case u'd':
     case u'i':
-        result = std::to_chars(digits.data(), digits.data() + digits.size(),
-                               static_cast<std::int32_t>(value));
+        result = std::to_chars(digits.data(), digits.data() + digits.size(), static_cast<std::int32_t>(value));
         break;
     case u'u':
-        result = std::to_chars(digits.data(), digits.data() + digits.size(),
-                               static_cast<std::uint32_t>(value));
+        result = std::to_chars(digits.data(), digits.data() + digits.size(), static_cast<std::uint32_t>(value));
         break;
-    default:  // x, X
-        result = std::to_chars(digits.data(), digits.data() + digits.size(),
-                               static_cast<std::uint32_t>(value), 16);
+    default: // x, X
+        result = std::to_chars(digits.data(), digits.data() + digits.size(), static_cast<std::uint32_t>(value), 16);
         if (type == u'X')
             for (char* c = digits.data(); c != result.ptr; ++c)
                 if (*c >= 'a' && *c <= 'f') *c = static_cast<char>(*c - 'a' + 'A');
@@ -88,8 +84,7 @@ void append_padded(std::u16string& out, const std::u16string& text, const Conver
     }
 }
 
-std::optional<std::u16string> expand(std::u16string_view in,
-                                     std::span<const MessageArgument> arguments,
+std::optional<std::u16string> expand(std::u16string_view in, std::span<const MessageArgument> arguments,
                                      bool keep_inserts) {
     std::u16string out;
     out.reserve(in.size());
@@ -105,23 +100,15 @@ std::optional<std::u16string> expand(std::u16string_view in,
             ++i;
             continue;
         }
-        if (i + 1 >= in.size()) return std::nullopt;  // a lone "%" at the end
+        if (i + 1 >= in.size()) return std::nullopt; // a lone "%" at the end
         const char16_t escape = in[i + 1];
         i += 2;
         switch (escape) {
-        case u'0':
-            return out;
-        case u'n':
-            out += u"\r\n";
-            continue;
-        case u'r':
-            out += u'\r';
-            continue;
-        case u't':
-            out += u'\t';
-            continue;
-        default:
-            break;
+        case u'0': return out;
+        case u'n': out += u"\r\n"; continue;
+        case u'r': out += u'\r'; continue;
+        case u't': out += u'\t'; continue;
+        default: break;
         }
         if (keep_inserts) {
             out += u'%';

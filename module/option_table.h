@@ -14,7 +14,7 @@ enum class OptionType : std::uint32_t { boolean = 1, choice = 2 };
 enum class OptionDevices { none, printers, serial_ports, midi_inputs, midi_outputs };
 
 struct OptionRow {
-    std::u16string_view name;  // also the registry value name; compared with letter case
+    std::u16string_view name; // also the registry value name; compared with letter case
     OptionType type;
     StringId label, description, group_label, group_description;
     std::u16string_view value_when_absent;

@@ -15,9 +15,8 @@ namespace kq {
 namespace {
 
 namespace field {
-constexpr std::size_t name = 8, label = 16, description = 24, group_label = 32,
-                      group_description = 40, type = 48, flags = 52, choice_values = 56,
-                      choice_labels = 64, choice_descriptions = 72, count = 80,
+constexpr std::size_t name = 8, label = 16, description = 24, group_label = 32, group_description = 40, type = 48,
+                      flags = 52, choice_values = 56, choice_labels = 64, choice_descriptions = 72, count = 80,
                       current_value = 120, default_value = 128;
 } // namespace field
 
@@ -32,9 +31,7 @@ std::vector<std::u16string> devices_of(OptionDevices devices) {
     return {};
 }
 
-TextRef id(StringId string_id) {
-    return string_id == 0 ? TextRef() : TextRef::from_string_id(string_id);
-}
+TextRef id(StringId string_id) { return string_id == 0 ? TextRef() : TextRef::from_string_id(string_id); }
 
 } // namespace
 
@@ -42,7 +39,7 @@ std::u16string current_option_value(std::size_t index) {
     const OptionRow& option = kOptionTable.at(index);
     if (option.type == OptionType::boolean) {
         if (const auto stored = platform::read_setting_dword(kPlatformSettingsKey, option.name))
-            return decimal_text(static_cast<std::int32_t>(*stored));  // as "%d"
+            return decimal_text(static_cast<std::int32_t>(*stored)); // as "%d"
         if (!option.inverse_legacy_name.empty()) {
             if (const auto legacy = platform::read_setting_dword(kPlatformSettingsKey, option.inverse_legacy_name))
                 return *legacy == 0 ? u"1" : u"0";
@@ -100,8 +97,7 @@ HResult set_option(std::u16string_view name, std::u16string_view value) {
     platform::SystemError error = 0;
     if (option->type == OptionType::boolean) {
         const std::int32_t number = read_integer_prefix(value, 0).value_or(0);
-        error = platform::write_setting_dword(kPlatformSettingsKey, option->name,
-                                              static_cast<std::uint32_t>(number));
+        error = platform::write_setting_dword(kPlatformSettingsKey, option->name, static_cast<std::uint32_t>(number));
     } else if (!value.empty()) {
         error = platform::write_setting_string(kPlatformSettingsKey, option->name, value);
     } else {

@@ -18,12 +18,9 @@ void write_pointer(std::byte* block, std::size_t offset, const void* target) {
 
 std::optional<std::u16string> resolve_text(TextRef text) {
     switch (text.kind()) {
-    case TextRef::Kind::text:
-        return std::u16string(text.text());
-    case TextRef::Kind::string_id:
-        return platform::load_string(text.string_id(), kMaxLoadedTextChars);
-    case TextRef::Kind::absent:
-        break;
+    case TextRef::Kind::text: return std::u16string(text.text());
+    case TextRef::Kind::string_id: return platform::load_string(text.string_id(), kMaxLoadedTextChars);
+    case TextRef::Kind::absent: break;
     }
     return std::nullopt;
 }
@@ -47,8 +44,7 @@ void RecordPacker::set_u32(std::size_t offset, std::uint32_t value) {
 
 void RecordPacker::add_text(std::size_t pointer_offset, TextRef text) {
     check_header_field(pointer_offset, kPointerBytes);
-    if (auto value = resolve_text(text))
-        texts_.push_back({std::nullopt, pointer_offset, std::move(*value)});
+    if (auto value = resolve_text(text)) texts_.push_back({std::nullopt, pointer_offset, std::move(*value)});
 }
 
 void RecordPacker::add_text_array(std::size_t pointer_offset, std::span<const TextRef> texts) {
@@ -57,8 +53,7 @@ void RecordPacker::add_text_array(std::size_t pointer_offset, std::span<const Te
     const std::size_t array = arrays_.size();
     arrays_.push_back({pointer_offset, texts.size()});
     for (std::size_t entry = 0; entry < texts.size(); ++entry)
-        if (auto value = resolve_text(texts[entry]))
-            texts_.push_back({array, entry, std::move(*value)});
+        if (auto value = resolve_text(texts[entry])) texts_.push_back({array, entry, std::move(*value)});
 }
 
 std::size_t RecordPacker::packed_bytes() const {
@@ -90,7 +85,7 @@ platform::HeapBlock RecordPacker::pack(platform::Heap heap) const {
             text.array ? array_offsets[*text.array] + text.slot * kPointerBytes : text.slot;
         write_pointer(base, pointer_offset, base + cursor);
         std::memcpy(base + cursor, text.value.data(), text.value.size() * sizeof(char16_t));
-        cursor += (text.value.size() + 1) * sizeof(char16_t);  // the NUL is already zero
+        cursor += (text.value.size() + 1) * sizeof(char16_t); // the NUL is already zero
     }
     return block;
 }

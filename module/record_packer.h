@@ -48,8 +48,8 @@ private:
         std::size_t entry_count;
     };
     struct Text {
-        std::optional<std::size_t> array;  // index into arrays_, or none for a header field
-        std::size_t slot;                  // header offset, or entry index in the array
+        std::optional<std::size_t> array; // index into arrays_, or none for a header field
+        std::size_t slot;                 // header offset, or entry index in the array
         std::u16string value;
     };
     struct Word {

@@ -15,7 +15,7 @@ constexpr bool is_digit(char16_t c) { return c >= u'0' && c <= u'9'; }
 std::optional<std::u16string> port_name_from_friendly_name(std::u16string_view friendly_name) {
     const std::size_t open = friendly_name.find(u"(COM");
     if (open == std::u16string_view::npos) return std::nullopt;
-    const std::u16string_view after = friendly_name.substr(open + 1);  // "COM..."
+    const std::u16string_view after = friendly_name.substr(open + 1); // "COM..."
     const auto at = [&](std::size_t i) { return i < after.size() ? after[i] : u'\0'; };
     // The character after "(COM" is after[3]; ")" must follow it directly or one later.
     if (at(4) != u')' && at(5) != u')') return std::nullopt;

@@ -76,8 +76,8 @@ SystemError delete_file(std::u16string_view path);
 // bin): the last resort for a file that a plain delete could not remove.
 bool shell_delete(std::u16string_view path);
 
-SystemError create_folder(std::u16string_view path);  // already_exists when it does
-SystemError remove_folder(std::u16string_view path);  // only an empty folder
+SystemError create_folder(std::u16string_view path); // already_exists when it does
+SystemError remove_folder(std::u16string_view path); // only an empty folder
 
 // The per-user temporary folder (at most 260 characters, normally ending in "\").
 std::optional<std::u16string> temp_folder();

@@ -22,8 +22,7 @@ public:
     static HeapBlock allocate_zeroed(Heap heap, std::size_t bytes) noexcept {
         return HeapBlock(heap, heap_allocate_zeroed(heap, bytes));
     }
-    HeapBlock(HeapBlock&& other) noexcept
-        : heap_(other.heap_), block_(std::exchange(other.block_, nullptr)) {}
+    HeapBlock(HeapBlock&& other) noexcept : heap_(other.heap_), block_(std::exchange(other.block_, nullptr)) {}
     HeapBlock& operator=(HeapBlock&& other) noexcept {
         if (this != &other) {
             heap_free(heap_, block_);

@@ -17,7 +17,7 @@ public:
     NamedMutex& operator=(NamedMutex&&) = delete;
     NamedMutex(const NamedMutex&) = delete;
     NamedMutex& operator=(const NamedMutex&) = delete;
-    ~NamedMutex();  // closes the handle
+    ~NamedMutex(); // closes the handle
 
     // Waits for ownership without a time limit; false when the wait fails. A mutex abandoned
     // by a thread that ended while owning it counts as acquired.

@@ -24,8 +24,7 @@ std::optional<std::u16string> read_machine_setting_string(std::u16string_view ke
 
 // Writers create the key (and its parents) when needed.
 SystemError write_setting_dword(std::u16string_view key, std::u16string_view name, std::uint32_t value);
-SystemError write_setting_string(std::u16string_view key, std::u16string_view name,
-                                 std::u16string_view value);
+SystemError write_setting_string(std::u16string_view key, std::u16string_view name, std::u16string_view value);
 // Deletes a value; a missing key or value counts as deleted.
 SystemError delete_setting(std::u16string_view key, std::u16string_view name);
 

@@ -5,17 +5,16 @@
 namespace kq::content {
 namespace {
 
-constexpr const char* kSkeleton =
-    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>"
-    "<xadml>\n"
-    "\t<catalog>\n"
-    "\t\t<application>\n"
-    "\t\t\t<description/>\n"
-    "\t\t\t<configuration/>\n"
-    "\t\t\t<media/>\n"
-    "\t\t</application>\n"
-    "\t</catalog>\n"
-    "</xadml>\n";
+constexpr const char* kSkeleton = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>"
+                                  "<xadml>\n"
+                                  "\t<catalog>\n"
+                                  "\t\t<application>\n"
+                                  "\t\t\t<description/>\n"
+                                  "\t\t\t<configuration/>\n"
+                                  "\t\t\t<media/>\n"
+                                  "\t\t</application>\n"
+                                  "\t</catalog>\n"
+                                  "</xadml>\n";
 
 constexpr std::array<std::string_view, 3> kSectionPaths{"xadml/catalog/application/description",
                                                         "xadml/catalog/application/configuration",

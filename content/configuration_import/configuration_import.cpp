@@ -6,8 +6,8 @@
 
 namespace kq::content {
 
-HResult build_catalog(const UaeConfiguration& configuration, std::u16string_view folder,
-                      const ImportFileSystem& files, std::string& xml) {
+HResult build_catalog(const UaeConfiguration& configuration, std::u16string_view folder, const ImportFileSystem& files,
+                      std::string& xml) {
     const ImportSource source{.configuration = configuration,
                               .configuration_folder = folder,
                               .files = files,

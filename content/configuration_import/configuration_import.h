@@ -18,12 +18,13 @@ inline constexpr std::u16string_view kConfigurationFileExtension = u"uae";
 // with its byte-order mark and declaration in `xml`. Statuses: S_OK; the read failure's system
 // error as an HRESULT (HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND) for a missing file,
 // ...(ERROR_ACCESS_DENIED) when access is denied); kConfigurationTooLarge for a file over 1 MiB;
-// the document writer's failure (E_OUTOFMEMORY). `xml` is empty on every failure. Values that cannot be used are skipped.
+// the document writer's failure (E_OUTOFMEMORY). `xml` is empty on every failure. Values that cannot be used are
+// skipped.
 HResult import_emulator_configuration(std::u16string_view path, std::string& xml);
 
 // The import of a configuration already read, whose file lay in `folder` (the base of relative
 // folders), asking `files` about the files that it names.
-HResult build_catalog(const UaeConfiguration& configuration, std::u16string_view folder,
-                      const ImportFileSystem& files, std::string& xml);
+HResult build_catalog(const UaeConfiguration& configuration, std::u16string_view folder, const ImportFileSystem& files,
+                      std::string& xml);
 
 } // namespace kq::content

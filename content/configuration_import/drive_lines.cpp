@@ -8,9 +8,8 @@ namespace kq::content {
 namespace {
 
 // Field positions; in a filesystem2 value the boot priority follows the path.
-constexpr std::size_t kAccess = 0, kDeviceAndPath = 1, kSectors = 2, kSurfaces = 3, kReserved = 4,
-                      kBlockSize = 5, kBootPriority = 6, kFileSystem = 7, kController = 8,
-                      kFolderBootPriority = 2;
+constexpr std::size_t kAccess = 0, kDeviceAndPath = 1, kSectors = 2, kSurfaces = 3, kReserved = 4, kBlockSize = 5,
+                      kBootPriority = 6, kFileSystem = 7, kController = 8, kFolderBootPriority = 2;
 
 std::u16string_view field(const std::vector<std::u16string>& fields, std::size_t index) {
     return index < fields.size() ? trim_blanks(std::u16string_view(fields[index])) : std::u16string_view();

@@ -24,8 +24,8 @@ struct HardfileLine {
     std::u16string path;
     // Absent when missing or not a number.
     std::optional<std::int32_t> sectors, surfaces, reserved, block_size, boot_priority;
-    std::u16string file_system;  // the file-system handler's file, empty when none
-    std::u16string controller;   // "uae0", "ide0", "scsi2" ...
+    std::u16string file_system; // the file-system handler's file, empty when none
+    std::u16string controller;  // "uae0", "ide0", "scsi2" ...
 };
 
 struct FolderLine {

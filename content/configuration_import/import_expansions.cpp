@@ -13,11 +13,10 @@ namespace {
 struct SwitchedPeripheral {
     std::u16string_view key, kind;
 };
-constexpr std::array kHostDrives{
-    SwitchedPeripheral{u"win32.map_drives", u"automount-harddrives"},
-    SwitchedPeripheral{u"win32.map_net_drives", u"automount-network"},
-    SwitchedPeripheral{u"win32.map_cd_drives", u"automount-optical"},
-    SwitchedPeripheral{u"win32.map_drives_auto", u"automount-removable"}};
+constexpr std::array kHostDrives{SwitchedPeripheral{u"win32.map_drives", u"automount-harddrives"},
+                                 SwitchedPeripheral{u"win32.map_net_drives", u"automount-network"},
+                                 SwitchedPeripheral{u"win32.map_cd_drives", u"automount-optical"},
+                                 SwitchedPeripheral{u"win32.map_drives_auto", u"automount-removable"}};
 
 // Adds `kind` with attribute "type" = `type` unless the type is empty.
 void add_typed(CatalogWriter& catalog, std::u16string_view kind, std::u16string_view type) {
@@ -58,8 +57,8 @@ void add_clock(const ImportSource& source, CatalogWriter& catalog) {
     if (!source.configuration.is(u"rtc", u"MSM6242B")) return;
     if (source.model == u"a-500") catalog.add_peripheral(u"a-501");
     if (source.model == u"a-600")
-        catalog.add_peripheral(u"a-601", {{"memory", size_text(source.configuration.number_or(u"chipmem_size", 0),
-                                                               512 * manifest::K)}});
+        catalog.add_peripheral(
+            u"a-601", {{"memory", size_text(source.configuration.number_or(u"chipmem_size", 0), 512 * manifest::K)}});
 }
 
 bool are_drives_silent(const UaeConfiguration& configuration) {
@@ -73,9 +72,9 @@ bool are_drives_silent(const UaeConfiguration& configuration) {
 void import_expansions(const ImportSource& source, CatalogWriter& catalog) {
     const UaeConfiguration& configuration = source.configuration;
     if (const std::int32_t megabytes = configuration.number_or(u"gfxcard_size", 0); megabytes > 0)
-        catalog.add_peripheral(u"rtg", {{"type", configuration.is(u"gfxcard_type", u"PicassoIV_Z3") ? u"picasso-iv"
-                                                                                                   : u"synthetic"},
-                                        {"memory", size_text(megabytes, manifest::M)}});
+        catalog.add_peripheral(
+            u"rtg", {{"type", configuration.is(u"gfxcard_type", u"PicassoIV_Z3") ? u"picasso-iv" : u"synthetic"},
+                     {"memory", size_text(megabytes, manifest::M)}});
     add_typed(catalog, u"scsi", scsi_type(configuration));
     add_typed(catalog, u"audio", audio_type(configuration));
     add_typed(catalog, u"network", network_type(configuration));

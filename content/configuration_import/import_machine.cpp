@@ -17,17 +17,18 @@ using manifest::K;
 using manifest::M;
 
 struct ModelChoice {
-    std::u16string_view chipset;  // "chipset_compatible"
+    std::u16string_view chipset; // "chipset_compatible"
     std::u16string_view model;
 };
-constexpr std::array kModelChoices{
-    ModelChoice{u"A500", u"a-500"},   ModelChoice{u"A500+", u"a-500plus"}, ModelChoice{u"A600", u"a-600"},
-    ModelChoice{u"A1000", u"a-1000"}, ModelChoice{u"A1200", u"a-1200"},    ModelChoice{u"A2000", u"a-2000"},
-    ModelChoice{u"A3000", u"a-3000"}, ModelChoice{u"A4000", u"a-4000"},    ModelChoice{u"CD32", u"a-cd32"},
-    ModelChoice{u"CDTV", u"a-cdtv"}};
+constexpr std::array kModelChoices{ModelChoice{u"A500", u"a-500"},   ModelChoice{u"A500+", u"a-500plus"},
+                                   ModelChoice{u"A600", u"a-600"},   ModelChoice{u"A1000", u"a-1000"},
+                                   ModelChoice{u"A1200", u"a-1200"}, ModelChoice{u"A2000", u"a-2000"},
+                                   ModelChoice{u"A3000", u"a-3000"}, ModelChoice{u"A4000", u"a-4000"},
+                                   ModelChoice{u"CD32", u"a-cd32"},  ModelChoice{u"CDTV", u"a-cdtv"}};
 
 void add_ram(CatalogWriter& catalog, std::u16string_view type, std::int64_t bytes) {
-    if (bytes > 0) catalog.add(CatalogSection::configuration, "ram", decimal_text(bytes), {{"type", std::u16string(type)}});
+    if (bytes > 0)
+        catalog.add(CatalogSection::configuration, "ram", decimal_text(bytes), {{"type", std::u16string(type)}});
 }
 
 void add_memory(const UaeConfiguration& configuration, CatalogWriter& catalog) {
@@ -47,7 +48,7 @@ void add_floppy_drives(const ImportSource& source, CatalogWriter& catalog) {
     // Unit 0 is the internal drive, implied except on the CD machines, which have none.
     for (std::uint32_t unit = is_cd_model(source.model) ? 0 : 1; unit <= 3; ++unit) {
         const std::optional<std::int32_t> type = source.configuration.number(numbered_key(u"floppy", unit, u"type"));
-        if (!type || *type < 0) continue;  // -1: no drive
+        if (!type || *type < 0) continue; // -1: no drive
         catalog.add_peripheral(u"floppy", {{"unit", decimal_text(unit)}, {"type", *type == 1 ? u"hd" : u"dd"}});
     }
 }

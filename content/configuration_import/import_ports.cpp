@@ -24,10 +24,10 @@ struct ModeContent {
     PortContent content;
 };
 constexpr std::array kModeContents{
-    ModeContent{u"mouse", PortContent::mouse},      ModeContent{u"wheelmouse", PortContent::mouse},
+    ModeContent{u"mouse", PortContent::mouse},        ModeContent{u"wheelmouse", PortContent::mouse},
     ModeContent{u"mousenowheel", PortContent::mouse}, ModeContent{u"djoy", PortContent::joystick},
-    ModeContent{u"ajoy", PortContent::joystick},    ModeContent{u"cdtvjoy", PortContent::joystick},
-    ModeContent{u"gamepad", PortContent::gamepad},  ModeContent{u"cd32joy", PortContent::joypad}};
+    ModeContent{u"ajoy", PortContent::joystick},      ModeContent{u"cdtvjoy", PortContent::joystick},
+    ModeContent{u"gamepad", PortContent::gamepad},    ModeContent{u"cd32joy", PortContent::joypad}};
 
 // What port 0 holds when nothing is written for it: a joystick on the CD machines, else a mouse.
 PortContent usual_port0_content(std::u16string_view model_id) {

@@ -57,9 +57,10 @@ void import_processors(const ImportSource& source, CatalogWriter& catalog) {
                                         {"fpu", configuration.boolean(u"compfpu", true) ? u"true" : u"false"}});
 
     if (configuration.is(u"cpuboard_type", u"CyberStormPPC"))
-        catalog.add_peripheral(u"ppc", {{"memory", size_text(configuration.number_or(u"cpuboardmem1_size", 0), manifest::M)},
-                                        {"mode", configuration.is(u"uaeboard", u"full+indirect") ? u"exclusive" : u""},
-                                        {"type", u"cyberstorm"}});
+        catalog.add_peripheral(u"ppc",
+                               {{"memory", size_text(configuration.number_or(u"cpuboardmem1_size", 0), manifest::M)},
+                                {"mode", configuration.is(u"uaeboard", u"full+indirect") ? u"exclusive" : u""},
+                                {"type", u"cyberstorm"}});
 }
 
 } // namespace kq::content

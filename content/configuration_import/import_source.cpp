@@ -12,9 +12,8 @@ namespace kq::content {
 
 ImportFileSystem host_file_system() {
     return {.attributes = [](std::u16string_view path) { return platform::file_attributes(path); },
-            .system_rom = [](std::u16string_view path, std::u16string_view model_id) {
-                return recognise_system_rom(path, model_id);
-            }};
+            .system_rom = [](std::u16string_view path,
+                             std::u16string_view model_id) { return recognise_system_rom(path, model_id); }};
 }
 
 std::u16string numbered_key(std::u16string_view prefix, std::uint32_t number, std::u16string_view suffix) {

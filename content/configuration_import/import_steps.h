@@ -27,9 +27,9 @@ ImportFileSystem host_file_system();
 
 struct ImportSource {
     const UaeConfiguration& configuration;
-    std::u16string_view configuration_folder;  // relative folders are taken from here
+    std::u16string_view configuration_folder; // relative folders are taken from here
     const ImportFileSystem& files;
-    std::u16string model;  // the model id; empty when the configuration names none we know
+    std::u16string model; // the model id; empty when the configuration names none we know
 };
 
 // The model id of "chipset_compatible"; empty for an unknown or missing value.
@@ -52,7 +52,7 @@ std::u16string size_text(std::int64_t count, std::int64_t unit);
 // relative; the configuration's folder when the key is absent.
 std::u16string configured_folder(const ImportSource& source, std::u16string_view key);
 
-bool is_cd_model(std::u16string_view model_id);  // "a-cd32" and "a-cdtv"
+bool is_cd_model(std::u16string_view model_id); // "a-cd32" and "a-cdtv"
 
 // Whether `part` occurs in `text`, compared without regard to case.
 bool contains_ignoring_case(std::u16string_view text, std::u16string_view part);

@@ -10,10 +10,10 @@ namespace kq::content {
 namespace {
 
 enum class Condition {
-    is_false,        // boolean `key` (default true) is false
-    is_true,         // boolean `key` (default false) is true
-    equals,          // `key` equals `text`
-    jit_and_not_cpu_compatible,  // a JIT cache ("cachesize" not 0) with "cpu_compatible" false
+    is_false,                   // boolean `key` (default true) is false
+    is_true,                    // boolean `key` (default false) is true
+    equals,                     // `key` equals `text`
+    jit_and_not_cpu_compatible, // a JIT cache ("cachesize" not 0) with "cpu_compatible" false
 };
 
 struct SwitchRule {

@@ -24,22 +24,22 @@ constexpr std::array kKnownRoms{
     KickstartRom{.image_bytes = k512K, .crc32 = 0xbc0ec13f, .id = u"140-a3000"},
     KickstartRom{.image_bytes = k512K, .crc32 = 0xc3bdb240, .id = u"204"},
     KickstartRom{.image_bytes = k512K, .crc32 = 0x234a7233, .id = u"204-a3000"},
-    KickstartRom{.image_bytes = k512K, .crc32 = 0x83028fb5, .id = u"205-a600"},  // 37.299
-    KickstartRom{.image_bytes = k512K, .crc32 = 0x64466c2a, .id = u"205-a600"},  // 37.300
-    KickstartRom{.image_bytes = k512K, .crc32 = 0x43b0df7b, .id = u"205-a600"},  // 37.350
+    KickstartRom{.image_bytes = k512K, .crc32 = 0x83028fb5, .id = u"205-a600"}, // 37.299
+    KickstartRom{.image_bytes = k512K, .crc32 = 0x64466c2a, .id = u"205-a600"}, // 37.300
+    KickstartRom{.image_bytes = k512K, .crc32 = 0x43b0df7b, .id = u"205-a600"}, // 37.350
     KickstartRom{.image_bytes = k512K, .crc32 = 0x6c9b07d2, .id = u"300-a1200"},
     KickstartRom{.image_bytes = k512K, .crc32 = 0x9e6ac152, .id = u"300-a4000"},
     KickstartRom{.image_bytes = k512K, .crc32 = 0xfc24ae0d, .id = u"310-a600", .other_id = u"310-a500"},
-    KickstartRom{.image_bytes = k512K, .crc32 = 0x88136ca9, .id = u"310-a600", .other_id = u"310-a500"},  // ReKick
+    KickstartRom{.image_bytes = k512K, .crc32 = 0x88136ca9, .id = u"310-a600", .other_id = u"310-a500"}, // ReKick
     KickstartRom{.image_bytes = k512K, .crc32 = 0x1483a091, .id = u"310-a1200"},
     KickstartRom{.image_bytes = k512K, .crc32 = 0xefb239cc, .id = u"310-a3000"},
-    KickstartRom{.image_bytes = k512K, .crc32 = 0xd6bae334, .id = u"310-a4000"},  // 40.68
-    KickstartRom{.image_bytes = k512K, .crc32 = 0x43b6dd22, .id = u"310-a4000"},  // 40.68, patched
-    KickstartRom{.image_bytes = k512K, .crc32 = 0x2b4566f1, .id = u"310-a4000"},  // 40.70
+    KickstartRom{.image_bytes = k512K, .crc32 = 0xd6bae334, .id = u"310-a4000"}, // 40.68
+    KickstartRom{.image_bytes = k512K, .crc32 = 0x43b6dd22, .id = u"310-a4000"}, // 40.68, patched
+    KickstartRom{.image_bytes = k512K, .crc32 = 0x2b4566f1, .id = u"310-a4000"}, // 40.70
     KickstartRom{.image_bytes = k512K, .crc32 = 0x75932c3a, .id = u"310-a4000t"},
     KickstartRom{.image_bytes = k512K, .crc32 = 0x1e62d4a5, .id = u"310-cd32"},
-    KickstartRom{.image_bytes = k1M, .crc32 = 0xf5d4f3c8, .id = u"310-cd32"},  // extension joined
-    KickstartRom{.image_bytes = k1M, .crc32 = 0xa4fbc94a, .id = u"310-cd32"},  // raw chip dump
+    KickstartRom{.image_bytes = k1M, .crc32 = 0xf5d4f3c8, .id = u"310-cd32"}, // extension joined
+    KickstartRom{.image_bytes = k1M, .crc32 = 0xa4fbc94a, .id = u"310-cd32"}, // raw chip dump
     KickstartRom{.image_bytes = k512K, .crc32 = 0x87746be2, .id = u"310-cd32-ext", .role = RomRole::extension},
     KickstartRom{.image_bytes = k512K, .crc32 = 0x261339f8, .id = u"320-walker"},
     KickstartRom{.image_bytes = k8K, .crc32 = 0x62f11c04, .id = u"amiga-boot-a1000"},
@@ -50,7 +50,7 @@ constexpr std::array kKnownRoms{
     // 3.1.4 (46.143): first release and revision.
     KickstartRom{.image_bytes = k512K, .crc32 = 0xd52b52fd, .id = u"3x0-a600", .other_id = u"3x0-a500"},
     KickstartRom{.image_bytes = k512K, .crc32 = 0x568f8786, .id = u"3x0-a600", .other_id = u"3x0-a500"},
-    KickstartRom{.image_bytes = k512K, .crc32 = 0xc25939ac, .id = u"3x0-a500"},  // the A2000 image
+    KickstartRom{.image_bytes = k512K, .crc32 = 0xc25939ac, .id = u"3x0-a500"}, // the A2000 image
     KickstartRom{.image_bytes = k512K, .crc32 = 0xf17fa97f, .id = u"3x0-a1200"},
     KickstartRom{.image_bytes = k512K, .crc32 = 0xb87506a7, .id = u"3x0-a1200"},
     KickstartRom{.image_bytes = k512K, .crc32 = 0x50c3529c, .id = u"3x0-a3000"},
@@ -85,7 +85,7 @@ constexpr std::array kKnownRoms{
     KickstartRom{.image_bytes = k512K, .crc32 = 0x588a5e6d, .id = u"3x0-a4000t"},
 };
 static_assert(is_well_formed_rom_table(kKnownRoms));
-static_assert(kKnownRoms.size() == 64);  // every row of the reference list
+static_assert(kKnownRoms.size() == 64); // every row of the reference list
 
 } // namespace
 

@@ -35,8 +35,8 @@ const KickstartRom* find_image(std::span<const std::byte> image, std::span<const
     const auto same_size = [&](const KickstartRom& rom) { return rom.image_bytes == image.size(); };
     if (std::ranges::none_of(table, same_size)) return nullptr;
     const auto find_crc = [&](std::uint32_t crc) -> const KickstartRom* {
-        const auto found = std::ranges::find_if(
-            table, [&](const KickstartRom& rom) { return same_size(rom) && rom.crc32 == crc; });
+        const auto found =
+            std::ranges::find_if(table, [&](const KickstartRom& rom) { return same_size(rom) && rom.crc32 == crc; });
         return found == table.end() ? nullptr : &*found;
     };
     if (const KickstartRom* plain = find_crc(crc32_of(image))) return plain;
@@ -49,8 +49,7 @@ const KickstartRom* find_image(std::span<const std::byte> image, std::span<const
 const KickstartRom* identify_rom_image(std::span<const std::byte> file, std::span<const KickstartRom> table) {
     if (const KickstartRom* whole = find_image(file, table)) return whole;
     const std::size_t half = file.size() / 2;
-    const bool is_doubled =
-        half > 0 && file.size() % 2 == 0 && std::memcmp(file.data(), file.data() + half, half) == 0;
+    const bool is_doubled = half > 0 && file.size() % 2 == 0 && std::memcmp(file.data(), file.data() + half, half) == 0;
     if (const KickstartRom* copy = is_doubled ? find_image(file.first(half), table) : nullptr) return copy;
     for (const BonusLayout& layout : kSuperKickstartLayouts)
         if (file.size() == layout.file_bytes) return find_image(file.first(layout.rom_bytes), table);

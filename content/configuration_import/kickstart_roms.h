@@ -18,11 +18,11 @@ namespace kq::content {
 
 // Image sizes that Kickstart ROMs come in.
 inline constexpr std::array<std::uint32_t, 5> kKickstartImageBytes{
-    8'192,      // 8 KiB: the A1000 bootstrap
-    65'536,     // 64 KiB: the same, dumped with its unused space
-    262'144,    // 256 KiB
-    524'288,    // 512 KiB
-    1'048'576,  // 1 MiB: CD32 Kickstart and extension joined
+    8'192,     // 8 KiB: the A1000 bootstrap
+    65'536,    // 64 KiB: the same, dumped with its unused space
+    262'144,   // 256 KiB
+    524'288,   // 512 KiB
+    1'048'576, // 1 MiB: CD32 Kickstart and extension joined
 };
 // The largest file worth reading: a doubled image of the largest size.
 inline constexpr std::uint32_t kMaxRomFileBytes = 2 * 1'048'576;

@@ -33,7 +33,8 @@ std::optional<UaeConfiguration::Entry> entry_of(std::string_view line) {
     if (key.empty()) return std::nullopt;
     std::optional<std::u16string> key16 = utf8_to_utf16(key);
     std::optional<std::u16string> value16 = value.empty() ? std::u16string() : utf8_to_utf16(value);
-    if (!key16 || !value16 || std::ranges::any_of(*key16, is_unwritable) || std::ranges::any_of(*value16, is_unwritable))
+    if (!key16 || !value16 || std::ranges::any_of(*key16, is_unwritable) ||
+        std::ranges::any_of(*value16, is_unwritable))
         return std::nullopt;
     return UaeConfiguration::Entry{std::move(*key16), std::move(*value16)};
 }
@@ -45,7 +46,8 @@ UaeConfiguration UaeConfiguration::parse(std::string_view text) {
     UaeConfiguration configuration;
     while (!text.empty()) {
         const std::size_t end = text.find_first_of("\r\n");
-        if (std::optional<Entry> entry = entry_of(text.substr(0, end))) configuration.entries_.push_back(std::move(*entry));
+        if (std::optional<Entry> entry = entry_of(text.substr(0, end)))
+            configuration.entries_.push_back(std::move(*entry));
         text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
     }
     return configuration;

@@ -24,7 +24,7 @@
 namespace kq::content {
 
 // A safety cap, not a limit of the format: an emulator writes a few hundred lines (~20 KiB).
-inline constexpr std::size_t kMaxConfigurationBytes = 1u << 20;  // 1 MiB
+inline constexpr std::size_t kMaxConfigurationBytes = 1u << 20; // 1 MiB
 // Status of a configuration file over the cap.
 inline constexpr HResult kConfigurationTooLarge = kFileTooLarge;
 

@@ -24,7 +24,7 @@ HResult read_whole_file(std::u16string_view path, std::size_t max_bytes, std::st
             out.clear();
             return status::system_failure();
         }
-        if (*got == 0) break;  // the file shrank since its size was taken
+        if (*got == 0) break; // the file shrank since its size was taken
         filled += *got;
     }
     out.resize(filled);

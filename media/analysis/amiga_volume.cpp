@@ -11,7 +11,7 @@ constexpr std::uint32_t kTypeHeader = 2, kSecondaryTypeRoot = 1;
 constexpr std::size_t kMaxNameChars = 30;
 constexpr std::uint32_t kMinBlockSize = 512, kMaxBlockSize = 32768;
 constexpr platform::FileTime kTicksPerDay = 864000000000, kTicksPerMinute = 600000000, kTicksPerAmigaTick = 200000;
-constexpr platform::FileTime kAmigaEpoch = platform::FileTime{137696} * kTicksPerDay;  // 1978-01-01
+constexpr platform::FileTime kAmigaEpoch = platform::FileTime{137696} * kTicksPerDay; // 1978-01-01
 
 bool usable(const VolumeLayout& layout) {
     return layout.block_size >= kMinBlockSize && layout.block_size <= kMaxBlockSize &&
@@ -41,7 +41,8 @@ void read_root(const std::vector<std::byte>& block, AmigaVolume& volume) {
     const std::size_t length = std::to_integer<std::size_t>(block[name_at]);
     volume.has_root = true;
     if (length <= kMaxNameChars)
-        for (std::size_t i = 0; i < length; ++i) volume.name += static_cast<char16_t>(std::to_integer<unsigned>(block[name_at + 1 + i]));
+        for (std::size_t i = 0; i < length; ++i)
+            volume.name += static_cast<char16_t>(std::to_integer<unsigned>(block[name_at + 1 + i]));
     // The volume's creation date; some images leave it empty and keep the last changes only.
     for (const std::size_t from_end : {28u, 40u, 92u}) {
         const AmigaDate date = date_at(block, size - from_end);

@@ -13,22 +13,22 @@
 
 namespace kq::media {
 
-inline constexpr std::uint32_t kDosTypeMask = 0xFFFFFF00, kDosTypeDos = 0x444F5300;  // "DOS" and a flag byte
+inline constexpr std::uint32_t kDosTypeMask = 0xFFFFFF00, kDosTypeDos = 0x444F5300; // "DOS" and a flag byte
 
 struct VolumeLayout {
-    std::uint64_t start = 0;       // the volume's first byte in the image
-    std::uint64_t blocks = 0;      // its size in blocks
+    std::uint64_t start = 0;  // the volume's first byte in the image
+    std::uint64_t blocks = 0; // its size in blocks
     std::uint32_t block_size = 512;
-    std::uint32_t reserved = 2;    // boot blocks
-    std::uint32_t step_down = 0;   // how many blocks below the expected root may hold it
+    std::uint32_t reserved = 2;  // boot blocks
+    std::uint32_t step_down = 0; // how many blocks below the expected root may hold it
 };
 
 struct AmigaVolume {
     std::uint32_t dos_type = 0;
-    bool is_dos = false;      // DOS\0 to DOS\7
-    bool has_root = false;    // a valid root block was found
-    std::u16string name;      // ISO 8859-1
-    std::optional<platform::FileTime> created;  // local time
+    bool is_dos = false;                       // DOS\0 to DOS\7
+    bool has_root = false;                     // a valid root block was found
+    std::u16string name;                       // ISO 8859-1
+    std::optional<platform::FileTime> created; // local time
 };
 
 // The byte ranges that read_amiga_volume reads, for prefetching.

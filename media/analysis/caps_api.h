@@ -21,7 +21,7 @@ struct ImageInfo {
 struct TrackInfoT1 {
     std::uint32_t type, cylinder, head, sector_count, sector_size;
     std::uint8_t* track_buffer;
-    std::uint32_t track_length;  // bytes
+    std::uint32_t track_length; // bytes
     std::uint8_t* time_buffer;
     std::uint32_t time_length;
     std::int32_t overlap;
@@ -35,7 +35,8 @@ using Init = std::int32_t (*)();
 using Exit = std::int32_t (*)();
 using AddImage = std::int32_t (*)();
 using RemoveImage = std::int32_t (*)(std::int32_t id);
-using LockImageMemory = std::int32_t (*)(std::int32_t id, std::uint8_t* buffer, std::uint32_t length, std::uint32_t flags);
+using LockImageMemory = std::int32_t (*)(std::int32_t id, std::uint8_t* buffer, std::uint32_t length,
+                                         std::uint32_t flags);
 using UnlockImage = std::int32_t (*)(std::int32_t id);
 using LoadImage = std::int32_t (*)(std::int32_t id, std::uint32_t flags);
 using GetImageInfo = std::int32_t (*)(ImageInfo* info, std::int32_t id);

@@ -27,11 +27,12 @@ std::optional<unsigned> digits(std::span<const std::byte> text) {
 } // namespace
 
 std::optional<platform::FileTime> iso_date(std::span<const std::byte, 17> field) {
-    const auto year = digits(field.subspan(0, 4)), month = digits(field.subspan(4, 2)), day = digits(field.subspan(6, 2));
+    const auto year = digits(field.subspan(0, 4)), month = digits(field.subspan(4, 2)),
+               day = digits(field.subspan(6, 2));
     const auto hour = digits(field.subspan(8, 2)), minute = digits(field.subspan(10, 2));
     const auto second = digits(field.subspan(12, 2)), hundredths = digits(field.subspan(14, 2));
     if (!year || !month || !day || !hour || !minute || !second || !hundredths) return std::nullopt;
-    if (*year == 0 && *month == 0 && *day == 0) return std::nullopt;  // not specified
+    if (*year == 0 && *month == 0 && *day == 0) return std::nullopt; // not specified
     const std::optional<std::uint64_t> time = civil_file_time({*year, *month, *day, *hour, *minute, *second});
     if (!time) return std::nullopt;
     return static_cast<platform::FileTime>(*time + std::uint64_t{*hundredths} * 100000);

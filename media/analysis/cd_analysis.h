@@ -12,7 +12,7 @@
 namespace kq::media {
 
 struct IsoLayout {
-    std::uint64_t track_start = 0;  // the data track's first byte in the file
+    std::uint64_t track_start = 0; // the data track's first byte in the file
     std::uint32_t sector_bytes = 2048;
     std::uint32_t header_bytes = 0;
 };

@@ -9,7 +9,7 @@ namespace kq::media {
 namespace {
 
 constexpr std::uint64_t kDoubleDensityBlocks = 1760, kHighDensityBlocks = 3520;
-constexpr std::uint32_t kLatestFirstFileSystem = 1;  // DOS\0 and DOS\1 boot any Kickstart
+constexpr std::uint32_t kLatestFirstFileSystem = 1; // DOS\0 and DOS\1 boot any Kickstart
 
 } // namespace
 
@@ -40,7 +40,7 @@ void analyse_floppy(ImageBytes& image, bool high_density, MediumAnalysis& analys
         analysis.analysis_class = AnalysisClass::custom_boot;
     } else {
         analysis.analysis_class = (volume->dos_type & 0xFF) <= kLatestFirstFileSystem ? AnalysisClass::amigados_boot
-                                                                                       : AnalysisClass::later_kickstart;
+                                                                                      : AnalysisClass::later_kickstart;
     }
 }
 

@@ -10,8 +10,8 @@
 namespace kq::media {
 namespace {
 
-constexpr std::uint32_t kRigidDiskId = 0x5244534B;  // "RDSK"
-constexpr std::uint32_t kPartitionId = 0x50415254;  // "PART"
+constexpr std::uint32_t kRigidDiskId = 0x5244534B; // "RDSK"
+constexpr std::uint32_t kPartitionId = 0x50415254; // "PART"
 constexpr std::uint32_t kNoBlock = 0xFFFFFFFF;
 constexpr std::uint32_t kRigidDiskSearchBlocks = 16;
 constexpr std::uint32_t kRdbBlockBytes = 512;
@@ -46,7 +46,7 @@ std::optional<std::uint64_t> product(std::uint64_t a, std::uint64_t b, std::uint
 struct Partition {
     PartitionFacts facts;
     VolumeLayout layout;
-    bool boots_only_as_dos = false;  // a volume without partition table boots when it is AmigaDOS
+    bool boots_only_as_dos = false; // a volume without partition table boots when it is AmigaDOS
 };
 
 // The partitions listed from `first` on: each PART block read once, at most kMaxPartitions.
@@ -54,10 +54,11 @@ std::vector<Partition> read_partitions(ImageBytes& image, std::uint32_t first, s
     std::vector<Partition> partitions;
     std::vector<std::uint32_t> visited;
     for (std::uint32_t number = first; number != kNoBlock && partitions.size() < kMaxPartitions;) {
-        if (std::find(visited.begin(), visited.end(), number) != visited.end()) break;  // a loop
+        if (std::find(visited.begin(), visited.end(), number) != visited.end()) break; // a loop
         visited.push_back(number);
         Block part;
-        if (!read_block(image, std::uint64_t{number} * rdb_block_size, part) || !is_table_block(part, kPartitionId)) break;
+        if (!read_block(image, std::uint64_t{number} * rdb_block_size, part) || !is_table_block(part, kPartitionId))
+            break;
         Partition partition;
         const std::size_t name_length = std::min<std::size_t>(std::to_integer<std::size_t>(part.bytes[36]), 31);
         for (std::size_t i = 0; i < name_length; ++i)
@@ -68,8 +69,8 @@ std::vector<Partition> read_partitions(ImageBytes& image, std::uint32_t first, s
         const std::uint32_t block_size = part.at(132) * 4, surfaces = part.at(140), per_track = part.at(148);
         const std::uint32_t low = part.at(164), high = part.at(168);
         const std::optional<std::uint64_t> start = product(low, surfaces, per_track);
-        const std::optional<std::uint64_t> blocks = high >= low ? product(std::uint64_t{high} - low + 1, surfaces, per_track)
-                                                                : std::nullopt;
+        const std::optional<std::uint64_t> blocks =
+            high >= low ? product(std::uint64_t{high} - low + 1, surfaces, per_track) : std::nullopt;
         if (start && blocks && !__builtin_mul_overflow(*start, std::uint64_t{block_size}, &partition.layout.start)) {
             partition.layout.blocks = *blocks;
             partition.layout.block_size = block_size;
@@ -88,7 +89,8 @@ std::optional<std::pair<std::uint32_t, std::uint32_t>> find_rigid_disk(ImageByte
         if (!read_block(image, std::uint64_t{number} * kRdbBlockBytes, block)) return std::nullopt;
         if (!is_table_block(block, kRigidDiskId)) continue;
         const std::uint32_t block_size = block.at(16);
-        return std::pair{block.at(28), block_size >= kRdbBlockBytes && block_size <= 32768 ? block_size : kRdbBlockBytes};
+        return std::pair{block.at(28),
+                         block_size >= kRdbBlockBytes && block_size <= 32768 ? block_size : kRdbBlockBytes};
     }
     return std::nullopt;
 }
@@ -117,7 +119,7 @@ void analyse_hard_disk(ImageBytes& image, const HardDiskGeometry& geometry, Medi
     } else {
         Partition whole;
         whole.layout = single_volume_layout(image, geometry);
-        whole.facts.bootable = true;  // mounted as a unit of its own, it boots like a partition
+        whole.facts.bootable = true; // mounted as a unit of its own, it boots like a partition
         whole.boots_only_as_dos = true;
         partitions.push_back(std::move(whole));
     }
@@ -147,7 +149,7 @@ void analyse_hard_disk(ImageBytes& image, const HardDiskGeometry& geometry, Medi
     const PartitionFacts& first = analysis.partitions.front();
     analysis.volume_name = first.volume_name;
     analysis.date = first.created;
-    analysis.analysis_class = !readable ? AnalysisClass::unknown
+    analysis.analysis_class = !readable  ? AnalysisClass::unknown
                               : bootable ? AnalysisClass::later_kickstart
                                          : AnalysisClass::not_bootable;
 }

@@ -73,7 +73,7 @@ void InflatedImageBytes::fetch(std::vector<ByteRange> wanted) {
     fetched_ = true;
     std::vector<std::vector<std::byte>> bytes(wanted.size());
     CaptureSink sink(wanted, bytes);
-    inflate_file(path_, sink);  // stopped early on purpose, or at the image's end, or broken: what came is kept
+    inflate_file(path_, sink); // stopped early on purpose, or at the image's end, or broken: what came is kept
     for (std::size_t i = 0; i < wanted.size(); ++i)
         if (!bytes[i].empty()) pieces_.push_back({wanted[i].offset, std::move(bytes[i])});
 }

@@ -80,8 +80,8 @@ private:
 
     std::u16string path_;
     std::optional<std::uint64_t> size_;
-    std::vector<Piece> pieces_;  // the first 64 KiB and what was prefetched
-    bool fetched_ = false;       // whether a pass has run
+    std::vector<Piece> pieces_; // the first 64 KiB and what was prefetched
+    bool fetched_ = false;      // whether a pass has run
 };
 
 // Opens an image for reading: compressed when `compressed`, else as a plain file; nullptr

@@ -105,8 +105,9 @@ IpfResult read_ipf_image(std::u16string_view path, std::vector<std::byte>& adf, 
         for (std::uint32_t head = info.min_head; head <= last_head; ++head) {
             const std::size_t track = cylinder * kMaxHeads + head;
             const MfmTrackSectors found =
-                image.track(cylinder, head, std::span(slots).subspan(track * kHighDensitySectors * kSectorBytes,
-                                                                      kHighDensitySectors * kSectorBytes));
+                image.track(cylinder, head,
+                            std::span(slots).subspan(track * kHighDensitySectors * kSectorBytes,
+                                                     kHighDensitySectors * kSectorBytes));
             for (unsigned sector = kDoubleDensitySectors; sector < kHighDensitySectors; ++sector)
                 high_density = high_density || found.found[sector];
         }

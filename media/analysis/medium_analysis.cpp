@@ -58,7 +58,7 @@ AnalysisFailure analyse_dms(std::u16string_view path, MediumAnalysis& analysis) 
     if (!file) return AnalysisFailure::unreadable;
     FileSource source(*file);
     FloppySink sink;
-    unpack_dms(source, sink);  // what unpacked before a failure is still analysed
+    unpack_dms(source, sink); // what unpacked before a failure is still analysed
     MemoryImageBytes image(sink.take());
     analyse_floppy(image, false, analysis);
     return AnalysisFailure::none;
@@ -76,7 +76,7 @@ AnalysisFailure analyse_plain_floppy(std::u16string_view path, MediumAnalysis& a
         DecodedFloppy decoded;
         if (read_extended_adf_table(source, table) != status::ok ||
             decode_extended_adf(source, table, decoded) != status::ok)
-            return AnalysisFailure::none;  // readable, not understood: class unknown
+            return AnalysisFailure::none; // readable, not understood: class unknown
         MemoryImageBytes image(std::move(decoded.image));
         analyse_floppy(image, decoded.sectors_per_track == kHighDensitySectors, analysis);
         return AnalysisFailure::none;
@@ -95,7 +95,8 @@ AnalysisFailure analyse_cue(std::u16string_view path, MediumAnalysis& analysis) 
     data += track->relative_path;
     std::unique_ptr<ImageBytes> image = open_image_bytes(data, false);
     if (!image) return AnalysisFailure::none;
-    analyse_iso(*image, {track->start_sector * track->sector_bytes, track->sector_bytes, track->header_bytes}, analysis);
+    analyse_iso(*image, {track->start_sector * track->sector_bytes, track->sector_bytes, track->header_bytes},
+                analysis);
     return AnalysisFailure::none;
 }
 
@@ -136,9 +137,12 @@ AnalysisFailure analyse_medium(std::u16string_view path, MediumAnalysis& analysi
             analysis.kind = reader == Reader::compressed_floppy ? MediumKind::floppy : MediumKind::hard_disk;
             return platform::File::open_for_reading(path) ? AnalysisFailure::none : AnalysisFailure::unreadable;
         }
-        if (reader == Reader::compressed_floppy) analyse_floppy(*image, false, analysis);
-        else if (reader == Reader::iso) analyse_iso(*image, IsoLayout{}, analysis);
-        else analyse_hard_disk(*image, geometry != nullptr ? *geometry : defaults, analysis);
+        if (reader == Reader::compressed_floppy)
+            analyse_floppy(*image, false, analysis);
+        else if (reader == Reader::iso)
+            analyse_iso(*image, IsoLayout{}, analysis);
+        else
+            analyse_hard_disk(*image, geometry != nullptr ? *geometry : defaults, analysis);
         return AnalysisFailure::none;
     }
     }

@@ -16,7 +16,7 @@ namespace {
 constexpr std::size_t kChunkBytes = 16384;
 constexpr std::int64_t kTicksFrom1601To1970 = 116444736000000000;
 constexpr std::int64_t kTicksPerSecond = 10000000;
-constexpr char kOsWindows = 10;  // what zlib writes as the OS byte on Windows
+constexpr char kOsWindows = 10; // what zlib writes as the OS byte on Windows
 
 bool write_all(ByteSink& sink, std::span<const std::byte> bytes) {
     const std::optional<std::size_t> written = sink.write(bytes);
@@ -32,14 +32,14 @@ struct DeflateEnd {
 } // namespace
 
 std::string gzip_header(platform::FileTime written, std::u16string_view file_name) {
-    const auto seconds = static_cast<std::uint32_t>(
-        (static_cast<std::int64_t>(written) - kTicksFrom1601To1970) / kTicksPerSecond);
+    const auto seconds =
+        static_cast<std::uint32_t>((static_cast<std::int64_t>(written) - kTicksFrom1601To1970) / kTicksPerSecond);
     std::string header = {'\x1F', '\x8B', 8, 8};
-    header.push_back(static_cast<char>(seconds >> 8 & 0xFF));  // the two low bytes swapped
+    header.push_back(static_cast<char>(seconds >> 8 & 0xFF)); // the two low bytes swapped
     header.push_back(static_cast<char>(seconds & 0xFF));
     header.push_back(static_cast<char>(seconds >> 16 & 0xFF));
     header.push_back(static_cast<char>(seconds >> 24 & 0xFF));
-    header.push_back(0);  // XFL
+    header.push_back(0); // XFL
     header.push_back(kOsWindows);
     for (const char16_t c : file_name) {
         auto low = static_cast<char>(c & 0xFF);
@@ -52,8 +52,7 @@ std::string gzip_header(platform::FileTime written, std::u16string_view file_nam
     return header;
 }
 
-HResult deflate(ByteSource& image, platform::FileTime written, std::u16string_view file_name,
-                ByteSink& compressed) {
+HResult deflate(ByteSource& image, platform::FileTime written, std::u16string_view file_name, ByteSink& compressed) {
     if (!write_all(compressed, as_bytes(gzip_header(written, file_name)))) return status::system_failure();
 
     z_stream stream{};
@@ -77,7 +76,8 @@ HResult deflate(ByteSource& image, platform::FileTime written, std::u16string_vi
             stream.next_out = reinterpret_cast<Bytef*>(output.data());
             stream.avail_out = static_cast<uInt>(output.size());
             if (::deflate(&stream, flush) == Z_STREAM_ERROR) return status::failed;
-            if (!write_all(compressed, std::span(output).first(output.size() - stream.avail_out))) return status::system_failure();
+            if (!write_all(compressed, std::span(output).first(output.size() - stream.avail_out)))
+                return status::system_failure();
         } while (stream.avail_out == 0);
     }
 

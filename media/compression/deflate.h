@@ -22,8 +22,7 @@ std::string gzip_header(platform::FileTime written, std::u16string_view file_nam
 
 // Writes header, data and trailer. A failed or short read or write returns the system's error
 // in HRESULT form (E_FAIL when there is none).
-HResult deflate(ByteSource& image, platform::FileTime written, std::u16string_view file_name,
-                ByteSink& compressed);
+HResult deflate(ByteSource& image, platform::FileTime written, std::u16string_view file_name, ByteSink& compressed);
 // Compresses a file into a new gzip file (replacing one of that name); a partly written target
 // is left as it is. The header names `final_path`'s file (by default the target's own), for a
 // target that is written under a side name and renamed afterwards.

@@ -55,7 +55,7 @@ struct Huffman {
 bool build(Huffman& code, const std::uint8_t* lengths, int symbols) {
     code.count.fill(0);
     for (int i = 0; i < symbols; ++i) ++code.count[lengths[i]];
-    if (code.count[0] == symbols) return true;  // no codes at all: nothing may be decoded
+    if (code.count[0] == symbols) return true; // no codes at all: nothing may be decoded
     int left = 1;
     for (int length = 1; length <= kMaxBits; ++length) {
         left = left * 2 - code.count[length];
@@ -79,17 +79,17 @@ int decode(BitReader& bits, const Huffman& code) {
         first = (first + count) << 1;
         value <<= 1;
     }
-    throw Failure{Deflate64Result::corrupt};  // no code of up to 15 bits matched
+    throw Failure{Deflate64Result::corrupt}; // no code of up to 15 bits matched
 }
 
 constexpr std::uint16_t kLengthBase[29] = {3,  4,  5,  6,  7,  8,  9,  10, 11,  13,  15,  17,  19,  23, 27,
                                            31, 35, 43, 51, 59, 67, 83, 99, 115, 131, 163, 195, 227, 3};
 constexpr std::uint8_t kLengthExtra[29] = {0, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 2, 2, 2,
                                            2, 3, 3, 3, 3, 4, 4, 4, 4, 5, 5, 5, 5, 16};
-constexpr std::uint32_t kDistanceBase[32] = {1,    2,    3,    4,     5,     7,     9,     13,    17,    25,   33,
-                                             49,   65,   97,   129,   193,   257,   385,   513,   769,   1025, 1537,
-                                             2049, 3073, 4097, 6145,  8193,  12289, 16385, 24577, 32769, 49153};
-constexpr std::uint8_t kDistanceExtra[32] = {0, 0, 0, 0, 1, 1, 2, 2,  3,  3,  4,  4,  5,  5,  6,  6,
+constexpr std::uint32_t kDistanceBase[32] = {1,    2,    3,    4,    5,    7,     9,     13,    17,    25,   33,
+                                             49,   65,   97,   129,  193,  257,   385,   513,   769,   1025, 1537,
+                                             2049, 3073, 4097, 6145, 8193, 12289, 16385, 24577, 32769, 49153};
+constexpr std::uint8_t kDistanceExtra[32] = {0, 0, 0, 0, 1, 1, 2,  2,  3,  3,  4,  4,  5,  5,  6,  6,
                                              7, 7, 8, 8, 9, 9, 10, 10, 11, 11, 12, 12, 13, 13, 14, 14};
 
 // The last 64 KiB of output, handed on to the output whenever it wraps and at the end.
@@ -102,14 +102,15 @@ public:
         if ((position_ & (kWindowBytes - 1)) == 0) hand_on();
     }
     void copy(std::uint32_t distance, std::uint32_t length) {
-        if (distance > position_) throw Failure{Deflate64Result::corrupt};  // before the start
+        if (distance > position_) throw Failure{Deflate64Result::corrupt}; // before the start
         for (; length > 0; --length)
             put(std::to_integer<std::uint8_t>(bytes_[(position_ - distance) & (kWindowBytes - 1)]));
     }
     void hand_on() {
         const std::size_t start = handed_ & (kWindowBytes - 1);
         const std::size_t count = static_cast<std::size_t>(position_ - handed_);
-        if (count > 0 && !out_.put(std::span(bytes_).subspan(start, count))) throw Failure{Deflate64Result::write_failed};
+        if (count > 0 && !out_.put(std::span(bytes_).subspan(start, count)))
+            throw Failure{Deflate64Result::write_failed};
         handed_ = position_;
     }
 
@@ -167,7 +168,7 @@ void dynamic_codes(BitReader& bits, Huffman& literals, Huffman& distances) {
         std::uint8_t value = 0;
         int repeat;
         if (symbol == 16) {
-            if (index == 0) throw Failure{Deflate64Result::corrupt};  // nothing to repeat
+            if (index == 0) throw Failure{Deflate64Result::corrupt}; // nothing to repeat
             value = lengths[index - 1];
             repeat = 3 + static_cast<int>(bits.take(2));
         } else if (symbol == 17) {
@@ -178,7 +179,7 @@ void dynamic_codes(BitReader& bits, Huffman& literals, Huffman& distances) {
         if (index + repeat > literal_count + distance_count) throw Failure{Deflate64Result::corrupt};
         for (; repeat > 0; --repeat) lengths[index++] = value;
     }
-    if (lengths[256] == 0) throw Failure{Deflate64Result::corrupt};  // no end-of-block code
+    if (lengths[256] == 0) throw Failure{Deflate64Result::corrupt}; // no end-of-block code
     if (!build(literals, lengths.data(), literal_count) ||
         !build(distances, lengths.data() + literal_count, distance_count))
         throw Failure{Deflate64Result::corrupt};
@@ -209,8 +210,7 @@ Deflate64Result inflate_deflate64(InputBuffer& in, InflateOutput& out) {
                 dynamic_codes(bits, literals, distances);
                 inflate_codes(bits, window, literals, distances);
                 break;
-            default:
-                throw Failure{Deflate64Result::corrupt};
+            default: throw Failure{Deflate64Result::corrupt};
             }
         }
         window.hand_on();

@@ -17,7 +17,6 @@ namespace {
 
 constexpr std::uint8_t kGzipMethodDeflate = 8, kMethodDeflate64 = 9, kZipMethodStored = 0;
 
-
 constexpr std::uint32_t kZip64Tag = 0x0001;
 constexpr std::uint32_t kZip64Marker = 0xFFFFFFFF;
 
@@ -26,9 +25,9 @@ struct Entry {
     bool encrypted = false;
     bool zip = false;
     bool zip_descriptor = false;
-    bool zip64 = false;  // sizes of 64 bits, also in the data descriptor
+    bool zip64 = false; // sizes of 64 bits, also in the data descriptor
     std::uint32_t crc = 0;
-    std::uint64_t compressed_size = 0, size = 0;  // from a ZIP local header
+    std::uint64_t compressed_size = 0, size = 0; // from a ZIP local header
 };
 
 // Takes the 64-bit sizes from a ZIP64 record of the extra field: those that the local header
@@ -65,7 +64,7 @@ InflateError read_header(InputBuffer& in, Entry& entry) {
         entry.size = load_le32(&header[20]);
         if (entry.method != kZipMethodStored && entry.method != kGzipMethodDeflate && entry.method != kMethodDeflate64)
             return InflateError::zip_method;
-        in.skip(load_le16(&header[24]));  // the name
+        in.skip(load_le16(&header[24])); // the name
         std::vector<std::byte> extra(load_le16(&header[26]));
         extra.resize(in.read(extra));
         read_zip64_sizes(extra, entry);
@@ -93,8 +92,9 @@ InflateError copy_stored(InputBuffer& in, InflateOutput& out, const Entry& entry
     if (entry.compressed_size != entry.size) return InflateError::stored_sizes_differ;
     std::vector<std::byte> buffer(65536);
     for (std::uint64_t left = entry.size; left > 0;) {
-        const std::size_t got = in.read(std::span(buffer).first(static_cast<std::size_t>(std::min<std::uint64_t>(left, buffer.size()))));
-        if (got == 0) break;  // a short entry: the size check below catches it
+        const std::size_t got =
+            in.read(std::span(buffer).first(static_cast<std::size_t>(std::min<std::uint64_t>(left, buffer.size()))));
+        if (got == 0) break; // a short entry: the size check below catches it
         if (!out.put(std::span(buffer).first(got))) return InflateError::write_failed;
         left -= got;
     }
@@ -123,7 +123,7 @@ InflateError inflate_deflate(InputBuffer& in, InflateOutput& out) {
         if (result == Z_STREAM_END) return InflateError::none;
         if (result == Z_DATA_ERROR) return InflateError::corrupt_data;
         if (result != Z_OK && !(result == Z_BUF_ERROR && !input.empty())) return InflateError::inflate_failed;
-        if (input.empty() && stream.avail_out == space.size()) return InflateError::inflate_failed;  // cut short
+        if (input.empty() && stream.avail_out == space.size()) return InflateError::inflate_failed; // cut short
     }
 }
 

@@ -18,7 +18,8 @@ std::size_t InputBuffer::read(std::span<std::byte> out) {
     std::size_t taken = 0;
     while (taken < out.size() && fill()) {
         const std::size_t count = std::min(out.size() - taken, end_ - position_);
-        std::copy_n(buffer_.begin() + static_cast<std::ptrdiff_t>(position_), count, out.begin() + static_cast<std::ptrdiff_t>(taken));
+        std::copy_n(buffer_.begin() + static_cast<std::ptrdiff_t>(position_), count,
+                    out.begin() + static_cast<std::ptrdiff_t>(taken));
         position_ += count;
         taken += count;
     }

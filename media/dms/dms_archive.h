@@ -28,9 +28,9 @@ inline constexpr std::uint32_t kInfoPcDisk = 0x0020;
 inline constexpr std::uint32_t kDiskTypeSingleFile = 7;
 
 // Record flags.
-inline constexpr std::uint8_t kFlagKeepState = 0x01;   // the next record goes on from this one's state
-inline constexpr std::uint8_t kFlagHeavyCodes = 0x02;  // heavy: new codes at the start of the data
-inline constexpr std::uint8_t kFlagHeavyRle = 0x04;    // heavy: a run-length stage follows
+inline constexpr std::uint8_t kFlagKeepState = 0x01;  // the next record goes on from this one's state
+inline constexpr std::uint8_t kFlagHeavyCodes = 0x02; // heavy: new codes at the start of the data
+inline constexpr std::uint8_t kFlagHeavyRle = 0x04;   // heavy: a run-length stage follows
 
 struct ArchiveHeader {
     std::uint32_t info = 0;

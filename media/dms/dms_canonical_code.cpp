@@ -55,7 +55,7 @@ std::uint16_t CanonicalCode::decode_long(BitReader& bits) const {
             return sorted_[offset_[length] + index];
         }
     }
-    return 0;  // not reached: a complete code matches every bit pattern
+    return 0; // not reached: a complete code matches every bit pattern
 }
 
 } // namespace kq::media::dms

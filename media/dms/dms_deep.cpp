@@ -9,7 +9,7 @@ namespace {
 constexpr unsigned kWindowBytes = 16384;
 constexpr unsigned kGapAfterRecord = 60;
 constexpr unsigned kFirstMatchSymbol = 256;
-constexpr unsigned kMatchLengthBias = 253;  // symbol 256 is a match of 3 bytes
+constexpr unsigned kMatchLengthBias = 253; // symbol 256 is a match of 3 bytes
 
 } // namespace
 
@@ -96,8 +96,10 @@ void DeepTree::rebuild() {
 void unpack_deep(BitReader& bits, LzWindow& window, DeepTree& tree, std::span<std::uint8_t> out) {
     unpack_lz_record(window, kWindowBytes, window.deep, kGapAfterRecord, out, [&](LzOutput& output) {
         const unsigned symbol = tree.decode(bits);
-        if (symbol < kFirstMatchSymbol) output.literal(static_cast<std::uint8_t>(symbol));
-        else output.match(read_far_distance(bits), symbol - kMatchLengthBias);
+        if (symbol < kFirstMatchSymbol)
+            output.literal(static_cast<std::uint8_t>(symbol));
+        else
+            output.match(read_far_distance(bits), symbol - kMatchLengthBias);
     });
 }
 

@@ -3,7 +3,7 @@
 namespace kq::media::dms {
 namespace {
 
-constexpr unsigned kMatchLengthBias = 253;  // symbol 256 is a match of 3 bytes
+constexpr unsigned kMatchLengthBias = 253; // symbol 256 is a match of 3 bytes
 constexpr unsigned kSymbolCountBits = 9, kSymbolLengthBits = 5;
 constexpr unsigned kDistanceCountBits = 5, kDistanceLengthBits = 4;
 
@@ -37,7 +37,7 @@ bool unpack_heavy(BitReader& bits, LzWindow& window, HeavyState& state, const He
                   std::span<std::uint8_t> out) {
     if (!state.has_codes) return false;
     const unsigned repeat = mode.distance_symbols - 1;
-    unsigned last_distance = state.last_distance;  // a local: the output's byte stores may alias a member
+    unsigned last_distance = state.last_distance; // a local: the output's byte stores may alias a member
     unpack_lz_record(window, mode.window_bytes, window.heavy, 0, out, [&](LzOutput& output) {
         const unsigned symbol = state.symbols.decode(bits);
         if (symbol < 256) {

@@ -28,7 +28,7 @@ private:
     static constexpr unsigned kSymbols = 314;
     static constexpr unsigned kNodes = 2 * kSymbols - 1;
     static constexpr unsigned kRoot = kNodes - 1;
-    static constexpr unsigned kLimit = 0x8000;  // the root's weight at which all are halved
+    static constexpr unsigned kLimit = 0x8000; // the root's weight at which all are halved
 
     void update(unsigned symbol);
     void rebuild();
@@ -47,15 +47,15 @@ void unpack_deep(BitReader& bits, LzWindow& window, DeepTree& tree, std::span<st
 // Heavy's two codes, which stay from one record to the next until a record brings new ones,
 // and the distance that the "repeat" code stands for.
 struct HeavyState {
-    CanonicalCode symbols;    // 0..255 literals, 256..509 matches of 3..256 bytes
-    CanonicalCode distances;  // distance classes
+    CanonicalCode symbols;   // 0..255 literals, 256..509 matches of 3..256 bytes
+    CanonicalCode distances; // distance classes
     bool has_codes = false;
     unsigned last_distance = 0;
 };
 
 struct HeavyMode {
-    unsigned window_bytes;      // 4096 (heavy 1) or 8192 (heavy 2)
-    unsigned distance_symbols;  // 14 or 15; the last one repeats the previous distance
+    unsigned window_bytes;     // 4096 (heavy 1) or 8192 (heavy 2)
+    unsigned distance_symbols; // 14 or 15; the last one repeats the previous distance
 };
 inline constexpr HeavyMode kHeavy1{4096, 14}, kHeavy2{8192, 15};
 

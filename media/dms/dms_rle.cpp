@@ -28,7 +28,7 @@ bool unpack_rle(std::span<const std::uint8_t> in, std::span<std::uint8_t> out) {
             p += plain;
             if (o == o_end) break;
         }
-        if (p_end - p < 2) return false;  // no input left, or a mark without its count
+        if (p_end - p < 2) return false; // no input left, or a mark without its count
         std::size_t count = p[1];
         if (count == 0) {
             *o++ = kRunMark;

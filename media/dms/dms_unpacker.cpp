@@ -1,9 +1,9 @@
 #include "media/dms/dms_unpacker.h"
 
+#include "media/compression/input_buffer.h"
 #include "media/dms/dms_archive.h"
 #include "media/dms/dms_checks.h"
 #include "media/dms/dms_record.h"
-#include "media/compression/input_buffer.h"
 
 #include <algorithm>
 #include <array>
@@ -163,7 +163,7 @@ DmsError unpack(ByteSource& archive, ByteSink& image) {
         (header.info & kInfoHighDensity) != 0 ? kHighDensityCylinderBytes : kDoubleDensityCylinderBytes;
     ImageWriter writer(image, workspace->output, cylinder_bytes);
     if (const DmsError error = read_records(in, *workspace, writer, cylinder_bytes); error != DmsError::none) {
-        writer.hand_on();  // the cylinders unpacked before the failure
+        writer.hand_on(); // the cylinders unpacked before the failure
         return error;
     }
     if (writer.next_cylinder() == 0) return DmsError::no_tracks;

@@ -22,21 +22,21 @@ namespace kq::media {
 
 enum class DmsError : std::uint32_t {
     none = 0,
-    input_unopened,    // the archive file cannot be opened
-    output_uncreated,  // the image file cannot be created
-    not_dms,           // no "DMS!" header, or the header is cut short
-    header_crc,        // the archive header's CRC-16 does not match
-    encrypted,         // password-protected: refused
-    not_a_disk,        // a PC disk or a single-file archive
-    record_header,     // a record header that is cut short or whose CRC-16 does not match
-    record_data,       // packed data that is cut short or whose CRC-16 does not match
-    bad_record,        // an unknown mode, or lengths that do not fit the disk or the mode
-    corrupt_data,      // packed data that does not decode
-    checksum,          // an unpacked record whose checksum does not match
-    track_order,       // a cylinder's record after a later cylinder's, or a second one
-    no_tracks,         // not a single record holds a cylinder
+    input_unopened,   // the archive file cannot be opened
+    output_uncreated, // the image file cannot be created
+    not_dms,          // no "DMS!" header, or the header is cut short
+    header_crc,       // the archive header's CRC-16 does not match
+    encrypted,        // password-protected: refused
+    not_a_disk,       // a PC disk or a single-file archive
+    record_header,    // a record header that is cut short or whose CRC-16 does not match
+    record_data,      // packed data that is cut short or whose CRC-16 does not match
+    bad_record,       // an unknown mode, or lengths that do not fit the disk or the mode
+    corrupt_data,     // packed data that does not decode
+    checksum,         // an unpacked record whose checksum does not match
+    track_order,      // a cylinder's record after a later cylinder's, or a second one
+    no_tracks,        // not a single record holds a cylinder
     read_failed,
-    write_failed,  // also when the sink takes fewer bytes than given (a full disk)
+    write_failed, // also when the sink takes fewer bytes than given (a full disk)
     out_of_memory,
 };
 

@@ -22,7 +22,8 @@ FileTime local_time_now() noexcept {
     localtime_r(&seconds, &local);
     // The local wall clock read as if it were UTC.
     const std::int64_t local_seconds = static_cast<std::int64_t>(seconds) + local.tm_gmtoff;
-    const auto sub_second = std::chrono::duration_cast<std::chrono::nanoseconds>(now.time_since_epoch()).count() % 1000000000;
+    const auto sub_second =
+        std::chrono::duration_cast<std::chrono::nanoseconds>(now.time_since_epoch()).count() % 1000000000;
     return static_cast<FileTime>((local_seconds + kSecondsFrom1601To1970) * 10000000 + sub_second / 100);
 }
 

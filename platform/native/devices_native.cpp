@@ -29,15 +29,11 @@ std::vector<std::u16string> copy_of(std::vector<std::u16string> native::DeviceLi
 
 std::vector<std::u16string> printer_names() { return copy_of(&native::DeviceLists::printers); }
 
-std::vector<std::u16string> com_port_friendly_names() {
-    return copy_of(&native::DeviceLists::com_port_friendly_names);
-}
+std::vector<std::u16string> com_port_friendly_names() { return copy_of(&native::DeviceLists::com_port_friendly_names); }
 
 bool dos_device_exists(std::u16string_view name) {
     const std::vector<std::u16string> names = copy_of(&native::DeviceLists::dos_devices);
-    return std::ranges::any_of(names, [&](const std::u16string& device) {
-        return equal_ignoring_case(device, name);
-    });
+    return std::ranges::any_of(names, [&](const std::u16string& device) { return equal_ignoring_case(device, name); });
 }
 
 std::vector<std::u16string> midi_input_names() { return copy_of(&native::DeviceLists::midi_inputs); }

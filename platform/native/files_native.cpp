@@ -32,12 +32,12 @@ SystemError from_errno(int error) {
     case EEXIST: return system_error::already_exists;
     case ENOSPC:
     case EDQUOT:
-    case EFBIG: return 112;  // ERROR_DISK_FULL: no room (a quota or a file-size limit counts as full)
-    case EROFS: return 19;    // ERROR_WRITE_PROTECT
-    case EBUSY: return 32;    // ERROR_SHARING_VIOLATION
-    case ENAMETOOLONG: return 206;  // ERROR_FILENAME_EXCED_RANGE
-    case ENOTEMPTY: return 145;     // ERROR_DIR_NOT_EMPTY
-    default: return 31;             // ERROR_GEN_FAILURE
+    case EFBIG: return 112;        // ERROR_DISK_FULL: no room (a quota or a file-size limit counts as full)
+    case EROFS: return 19;         // ERROR_WRITE_PROTECT
+    case EBUSY: return 32;         // ERROR_SHARING_VIOLATION
+    case ENAMETOOLONG: return 206; // ERROR_FILENAME_EXCED_RANGE
+    case ENOTEMPTY: return 145;    // ERROR_DIR_NOT_EMPTY
+    default: return 31;            // ERROR_GEN_FAILURE
     }
 }
 
@@ -60,7 +60,7 @@ std::optional<int> open_file(std::u16string_view path, int flags) {
         return std::nullopt;
     }
     struct stat status = {};
-    if (fstat(fd, &status) != 0 || S_ISDIR(status.st_mode)) {  // Windows opens no folders as files
+    if (fstat(fd, &status) != 0 || S_ISDIR(status.st_mode)) { // Windows opens no folders as files
         ::close(fd);
         t_last_error = system_error::access_denied;
         return std::nullopt;
@@ -164,9 +164,9 @@ std::optional<std::uint32_t> file_attributes(std::u16string_view path) {
     const std::string posix = native::to_posix_path(path);
     struct stat status = {};
     if (posix.empty() || stat(posix.c_str(), &status) != 0) return fail(), std::nullopt;
-    std::uint32_t attributes = S_ISDIR(status.st_mode) ? kAttributeDirectory : 0x80;  // or NORMAL
+    std::uint32_t attributes = S_ISDIR(status.st_mode) ? kAttributeDirectory : 0x80; // or NORMAL
     if ((status.st_mode & S_IWUSR) == 0) attributes |= kAttributeReadOnly;
-    const std::size_t name = posix.find_last_of('/') + 1;  // a dot file counts as hidden
+    const std::size_t name = posix.find_last_of('/') + 1; // a dot file counts as hidden
     if (name < posix.size() && posix[name] == '.') attributes |= kAttributeHidden;
     return attributes;
 }
@@ -259,7 +259,7 @@ std::optional<std::u16string> temp_folder() {
 std::optional<std::u16string> temp_file_name(std::u16string_view folder, std::u16string_view prefix,
                                              std::uint16_t number) {
     if (number == 0) {
-        t_last_error = 87;  // ERROR_INVALID_PARAMETER
+        t_last_error = 87; // ERROR_INVALID_PARAMETER
         return std::nullopt;
     }
     std::u16string name = folder.empty() ? std::u16string() : with_trailing_separator(folder);
@@ -284,8 +284,10 @@ std::optional<Guid> new_guid() {
     static std::mt19937_64 random(device());
     std::lock_guard guard(lock);
     const std::uint64_t high = random(), low = random();
-    Guid guid{static_cast<std::uint32_t>(high >> 32), static_cast<std::uint16_t>(high >> 16),
-              static_cast<std::uint16_t>(high), {}};
+    Guid guid{static_cast<std::uint32_t>(high >> 32),
+              static_cast<std::uint16_t>(high >> 16),
+              static_cast<std::uint16_t>(high),
+              {}};
     for (int i = 0; i < 8; ++i) guid.data4[i] = static_cast<std::uint8_t>(low >> (8 * i));
     return guid;
 }

@@ -17,7 +17,7 @@ int show_message_box(void* parent_window, std::u16string_view text, std::u16stri
     try {
         std::lock_guard lock(g_lock);
         g_shown.push_back({parent_window, std::u16string(text), std::u16string(caption), flags});
-        return 1;  // the OK button
+        return 1; // the OK button
     } catch (...) {
         return 0;
     }

@@ -29,7 +29,7 @@ void clear_settings();
 struct DeviceLists {
     std::vector<std::u16string> printers;
     std::vector<std::u16string> com_port_friendly_names;
-    std::vector<std::u16string> dos_devices;  // names such as "COM1"
+    std::vector<std::u16string> dos_devices; // names such as "COM1"
     std::vector<std::u16string> midi_inputs;
     std::vector<std::u16string> midi_outputs;
 };
@@ -41,8 +41,7 @@ void set_caps_lock(bool on);
 // The temporary folder that temp_folder() reports (empty: $TMPDIR or /tmp).
 void set_temp_folder(std::u16string folder);
 // The Program Files and Common Files folders (none unless set).
-void set_program_files_folders(std::optional<std::u16string> program_files,
-                               std::optional<std::u16string> common_files);
+void set_program_files_folders(std::optional<std::u16string> program_files, std::optional<std::u16string> common_files);
 
 // A string value that read_machine_setting_string reports (nullopt removes it).
 void set_machine_setting_string(std::u16string key, std::u16string name, std::optional<std::u16string> value);

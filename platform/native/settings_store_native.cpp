@@ -20,8 +20,8 @@ std::u16string folded(std::u16string_view name) {
 using Value = std::variant<std::uint32_t, std::u16string, std::vector<std::uint8_t>>;
 
 struct Key {
-    std::u16string name;  // the last element, as first written
-    std::map<std::u16string, Value> values;  // by folded value name
+    std::u16string name;                    // the last element, as first written
+    std::map<std::u16string, Value> values; // by folded value name
 };
 
 // Keys by their folded full path; a key's parents exist whenever it does.
@@ -97,8 +97,7 @@ SystemError write_setting_dword(std::u16string_view key, std::u16string_view nam
     return write(key, name, value);
 }
 
-SystemError write_setting_string(std::u16string_view key, std::u16string_view name,
-                                 std::u16string_view value) {
+SystemError write_setting_string(std::u16string_view key, std::u16string_view name, std::u16string_view value) {
     return write(key, name, std::u16string(value));
 }
 
@@ -135,14 +134,14 @@ SystemError copy_setting_tree(std::u16string_view from, std::u16string_view to) 
     Store& s = store();
     std::lock_guard guard(s.lock);
     const std::u16string source = folded(from);
-    if (s.find(source) == nullptr) return 2;  // ERROR_FILE_NOT_FOUND
+    if (s.find(source) == nullptr) return 2; // ERROR_FILE_NOT_FOUND
     std::vector<std::pair<std::u16string, Key>> copies;
     for (const auto& [path, entry] : s.keys)
         if (path == source || is_below(path, source))
             copies.emplace_back(std::u16string(to) + path.substr(source.size()), entry);
     for (auto& [path, entry] : copies) {
         Key& target = s.create(path);
-        if (path.size() > to.size()) target.name = entry.name;  // below the copy's root: as written
+        if (path.size() > to.size()) target.name = entry.name; // below the copy's root: as written
         for (auto& [name, value] : entry.values) target.values[name] = value;
     }
     return 0;
@@ -160,8 +159,7 @@ std::optional<std::u16string> read_machine_setting_string(std::u16string_view ke
     return read<std::u16string>(key, name, machine_store());
 }
 
-void native::set_machine_setting_string(std::u16string key, std::u16string name,
-                                        std::optional<std::u16string> value) {
+void native::set_machine_setting_string(std::u16string key, std::u16string name, std::optional<std::u16string> value) {
     Store& s = machine_store();
     std::lock_guard guard(s.lock);
     if (value) {

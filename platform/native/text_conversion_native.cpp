@@ -55,7 +55,7 @@ std::u16string best_fit_latin1(std::u16string_view text) {
         }
         const auto fit = std::ranges::find(kBestFit, c, &BestFit::from);
         out += fit != kBestFit.end() ? fit->to : u'?';
-        if (is_high_surrogate(c) && i + 1 < text.size() && is_low_surrogate(text[i + 1])) ++i;  // one character
+        if (is_high_surrogate(c) && i + 1 < text.size() && is_low_surrogate(text[i + 1])) ++i; // one character
     }
     return out;
 }

@@ -18,8 +18,7 @@ std::u16string from_wide(const wchar_t* text) {
 }
 
 // The COM-port device interface class.
-constexpr GUID kComPortInterface = {0x86E0D1E0, 0x8089, 0x11D0,
-                                    {0x9C, 0xE4, 0x08, 0x00, 0x3E, 0x30, 0x1F, 0x73}};
+constexpr GUID kComPortInterface = {0x86E0D1E0, 0x8089, 0x11D0, {0x9C, 0xE4, 0x08, 0x00, 0x3E, 0x30, 0x1F, 0x73}};
 
 // setupapi is loaded at run time; these are the functions the COM-port list needs.
 struct SetupApi {
@@ -75,15 +74,14 @@ std::vector<std::u16string> com_port_friendly_names() {
     if (!api.get_class_devices || !api.enumerate_interfaces || !api.get_interface_detail ||
         !api.get_registry_property || !api.destroy_list)
         return {};
-    HDEVINFO devices = api.get_class_devices(&kComPortInterface, nullptr, nullptr,
-                                             DIGCF_PRESENT | DIGCF_DEVICEINTERFACE);
+    HDEVINFO devices =
+        api.get_class_devices(&kComPortInterface, nullptr, nullptr, DIGCF_PRESENT | DIGCF_DEVICEINTERFACE);
     if (devices == INVALID_HANDLE_VALUE) return {};
     std::vector<std::u16string> names;
     for (DWORD index = 0;; ++index) {
         SP_DEVICE_INTERFACE_DATA interface_data{};
         interface_data.cbSize = sizeof interface_data;
-        if (!api.enumerate_interfaces(devices, nullptr, &kComPortInterface, index, &interface_data))
-            break;
+        if (!api.enumerate_interfaces(devices, nullptr, &kComPortInterface, index, &interface_data)) break;
         DWORD detail_bytes = 0;
         api.get_interface_detail(devices, &interface_data, nullptr, 0, &detail_bytes, nullptr);
         if (detail_bytes < sizeof(SP_DEVICE_INTERFACE_DETAIL_DATA_W)) break;
@@ -92,11 +90,10 @@ std::vector<std::u16string> com_port_friendly_names() {
         detail->cbSize = sizeof(SP_DEVICE_INTERFACE_DETAIL_DATA_W);
         SP_DEVINFO_DATA device{};
         device.cbSize = sizeof device;
-        if (!api.get_interface_detail(devices, &interface_data, detail, detail_bytes, nullptr, &device))
-            break;
-        wchar_t name[256 + 1] = {};  // at most 512 bytes of name
-        if (!api.get_registry_property(devices, &device, SPDRP_FRIENDLYNAME, nullptr,
-                                       reinterpret_cast<BYTE*>(name), 512, nullptr))
+        if (!api.get_interface_detail(devices, &interface_data, detail, detail_bytes, nullptr, &device)) break;
+        wchar_t name[256 + 1] = {}; // at most 512 bytes of name
+        if (!api.get_registry_property(devices, &device, SPDRP_FRIENDLYNAME, nullptr, reinterpret_cast<BYTE*>(name),
+                                       512, nullptr))
             break;
         names.push_back(from_wide(name));
     }
@@ -112,8 +109,6 @@ bool dos_device_exists(std::u16string_view name) {
 
 std::vector<std::u16string> midi_input_names() { return midi_names(midiInGetNumDevs(), midiInGetDevCapsW); }
 
-std::vector<std::u16string> midi_output_names() {
-    return midi_names(midiOutGetNumDevs(), midiOutGetDevCapsW);
-}
+std::vector<std::u16string> midi_output_names() { return midi_names(midiOutGetNumDevs(), midiOutGetDevCapsW); }
 
 } // namespace kq::platform

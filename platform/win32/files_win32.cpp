@@ -131,17 +131,15 @@ SystemError replace_file(std::u16string_view from, std::u16string_view to) {
                                                                                                     : GetLastError();
 }
 
-SystemError delete_file(std::u16string_view path) {
-    return DeleteFileW(terminated(path).c_str()) ? 0 : GetLastError();
-}
+SystemError delete_file(std::u16string_view path) { return DeleteFileW(terminated(path).c_str()) ? 0 : GetLastError(); }
 
 bool shell_delete(std::u16string_view path) {
     std::wstring paths = terminated(path);
-    paths.push_back(L'\0');  // the list ends with a second NUL
+    paths.push_back(L'\0'); // the list ends with a second NUL
     SHFILEOPSTRUCTW operation{};
     operation.wFunc = FO_DELETE;
     operation.pFrom = paths.c_str();
-    operation.fFlags = FOF_SILENT | FOF_NOCONFIRMATION | FOF_NOCONFIRMMKDIR | FOF_NOERRORUI;  // 0x0614
+    operation.fFlags = FOF_SILENT | FOF_NOCONFIRMATION | FOF_NOCONFIRMMKDIR | FOF_NOERRORUI; // 0x0614
     return SHFileOperationW(&operation) == 0 && !operation.fAnyOperationsAborted;
 }
 
@@ -164,7 +162,8 @@ std::optional<std::u16string> temp_file_name(std::u16string_view folder, std::u1
                                              std::uint16_t number) {
     if (number == 0) return std::nullopt;
     wchar_t name[MAX_PATH];
-    if (GetTempFileNameW(terminated(folder).c_str(), terminated(prefix).c_str(), number, name) == 0) return std::nullopt;
+    if (GetTempFileNameW(terminated(folder).c_str(), terminated(prefix).c_str(), number, name) == 0)
+        return std::nullopt;
     return std::u16string(reinterpret_cast<const char16_t*>(name));
 }
 

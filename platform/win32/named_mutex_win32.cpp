@@ -9,8 +9,7 @@ namespace kq::platform {
 std::optional<NamedMutex> NamedMutex::open(std::u16string_view name) noexcept {
     try {
         const std::u16string terminated(name);
-        HANDLE handle =
-            CreateMutexW(nullptr, FALSE, reinterpret_cast<const wchar_t*>(terminated.c_str()));
+        HANDLE handle = CreateMutexW(nullptr, FALSE, reinterpret_cast<const wchar_t*>(terminated.c_str()));
         if (handle == nullptr) return std::nullopt;
         return NamedMutex(handle);
     } catch (...) {

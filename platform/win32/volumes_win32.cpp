@@ -42,12 +42,10 @@ std::u16string volume_label(std::u16string_view root) {
     if (!GetVolumeInformationW(terminated(root).c_str(), label.data(), static_cast<DWORD>(label.size()), nullptr,
                                nullptr, nullptr, nullptr, 0))
         return {};
-    const std::wstring_view text(label.data());  // the system ends it with a NUL inside the buffer
+    const std::wstring_view text(label.data()); // the system ends it with a NUL inside the buffer
     return std::u16string(text.begin(), text.end());
 }
 
-bool is_removable_drive(std::u16string_view root) {
-    return GetDriveTypeW(terminated(root).c_str()) == DRIVE_REMOVABLE;
-}
+bool is_removable_drive(std::u16string_view root) { return GetDriveTypeW(terminated(root).c_str()) == DRIVE_REMOVABLE; }
 
 } // namespace kq::platform

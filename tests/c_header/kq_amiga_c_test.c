@@ -14,13 +14,12 @@
 
 static int failures = 0;
 
-#define CHECK(condition)                                                      \
-    do {                                                                      \
-        if (!(condition)) {                                                   \
-            fprintf(stderr, "%s:%d: check failed: %s\n", __FILE__, __LINE__, \
-                    #condition);                                              \
-            ++failures;                                                       \
-        }                                                                     \
+#define CHECK(condition)                                                                  \
+    do {                                                                                  \
+        if (!(condition)) {                                                               \
+            fprintf(stderr, "%s:%d: check failed: %s\n", __FILE__, __LINE__, #condition); \
+            ++failures;                                                                   \
+        }                                                                                 \
     } while (0)
 
 static int starts_with(const kq_char* text, const kq_char* prefix) {
@@ -71,8 +70,8 @@ static void check_options(void) {
         CHECK(option->currentValue != NULL && option->defaultValue != NULL);
         if (option->type == 1) {
             CHECK(option->count == 0);
-            CHECK(option->currentValue != NULL && (wcscmp(option->currentValue, L"0") == 0 ||
-                                                   wcscmp(option->currentValue, L"1") == 0));
+            CHECK(option->currentValue != NULL &&
+                  (wcscmp(option->currentValue, L"0") == 0 || wcscmp(option->currentValue, L"1") == 0));
         } else {
             CHECK(option->count > 0);
             CHECK(option->choiceValues != NULL && option->choiceLabels != NULL);
@@ -90,8 +89,8 @@ static void check_options(void) {
 }
 
 static void check_file_associations(void) {
-    static const wchar_t* const extensions[KQ_FILE_ASSOCIATION_COUNT] = {
-        L"adf", L"adz", L"cue", L"dms", L"hdf", L"hdz", L"ipf", L"iso", L"scp", L"uae"};
+    static const wchar_t* const extensions[KQ_FILE_ASSOCIATION_COUNT] = {L"adf", L"adz", L"cue", L"dms", L"hdf",
+                                                                         L"hdz", L"ipf", L"iso", L"scp", L"uae"};
     KQFileAssociation sentinel;
     KQFileAssociation* association = NULL;
     uint32_t index = 0;
@@ -105,8 +104,7 @@ static void check_file_associations(void) {
         CHECK(association->extension != NULL && wcscmp(association->extension, extensions[index]) == 0);
         swprintf(pattern, 16, L"*.%ls", extensions[index]);
         CHECK(association->filterPattern != NULL && wcscmp(association->filterPattern, pattern) == 0);
-        CHECK(association->typeName != NULL && association->filterName != NULL &&
-              association->iconLocation != NULL);
+        CHECK(association->typeName != NULL && association->filterName != NULL && association->iconLocation != NULL);
         CHECK(association->category <= 2);
         CHECK(KQFreeFileAssociation(association) == KQ_S_OK);
     }

@@ -10,8 +10,8 @@ namespace {
 
 TEST(TextRules, CaseFoldsAsciiLettersOnly) {
     static_assert(equal_ignoring_case(u"A-1200", u"a-1200"));
-    static_assert(!equal_ignoring_case(u"\u00c9", u"\u00e9"));  // no folding past ASCII
-    static_assert(!equal_ignoring_case(u"@", u"`"));            // neighbours of the letters
+    static_assert(!equal_ignoring_case(u"\u00c9", u"\u00e9")); // no folding past ASCII
+    static_assert(!equal_ignoring_case(u"@", u"`"));           // neighbours of the letters
     static_assert(!equal_ignoring_case(u"[", u"{"));
     static_assert(!equal_ignoring_case(u"a", u"ab"));
     static_assert(starts_with_ignoring_case(u"INPUT-mouse", u"input-"));
@@ -26,7 +26,7 @@ TEST(TextRules, PathsSplitAtEitherSeparator) {
     } rows[] = {
         {u"C:\\games\\disk.cue", u"C:\\games\\", u"disk.cue", u"C:\\games", u"cue"},
         {u"C:/games/disk.cue", u"C:/games/", u"disk.cue", u"C:/games", u"cue"},
-        {u"C:\\my.games/disk", u"C:\\my.games/", u"disk", u"C:\\my.games", {}},  // a folder's dot is no extension
+        {u"C:\\my.games/disk", u"C:\\my.games/", u"disk", u"C:\\my.games", {}}, // a folder's dot is no extension
         {u"disk.tar.adz", u"", u"disk.tar.adz", {}, u"adz"},
         {u"\\disk", u"\\", u"disk", u"", {}},
         {u"games/", u"games/", u"", u"games", {}},
@@ -57,12 +57,23 @@ TEST(TextRules, ReadsIntegersAsTheCLibraryDoes) {
         int base;
         std::optional<std::int32_t> value;
     } rows[] = {
-        {u"01", 10, 1},          {u"  -3x", 10, -3},     {u"+7", 10, 7},
-        {u"12abc", 10, 12},      {u"abc", 10, {}},       {u"", 10, {}},
-        {u"-", 10, {}},          {u"0x1F", 10, 0},       {u"0x1F", 0, 31},
-        {u"0X1f", 16, 31},       {u"017", 0, 15},        {u"0", 0, 0},
-        {u"0x", 0, 0},           {u"019", 0, 1},         {u"-0x10", 0, -16},
-        {u"99999999999", 10, 2147483647},                {u"-99999999999", 10, -2147483647 - 1},
+        {u"01", 10, 1},
+        {u"  -3x", 10, -3},
+        {u"+7", 10, 7},
+        {u"12abc", 10, 12},
+        {u"abc", 10, {}},
+        {u"", 10, {}},
+        {u"-", 10, {}},
+        {u"0x1F", 10, 0},
+        {u"0x1F", 0, 31},
+        {u"0X1f", 16, 31},
+        {u"017", 0, 15},
+        {u"0", 0, 0},
+        {u"0x", 0, 0},
+        {u"019", 0, 1},
+        {u"-0x10", 0, -16},
+        {u"99999999999", 10, 2147483647},
+        {u"-99999999999", 10, -2147483647 - 1},
         {u"\t\n 42", 10, 42},
     };
     for (const auto& row : rows)

@@ -14,7 +14,7 @@ TEST(Utf, RoundTripsEveryEncodingLength) {
         {"Amiga", u"Amiga"},
         {"Gr\xC3\xBC\xC3\x9F\x65", u"Gr\u00fc\u00dfe"},
         {"\xE2\x82\xAC", u"\u20ac"},
-        {"\xF0\x9D\x91\x8E", u"\U0001D44E"},  // mathematical italic small a: a surrogate pair
+        {"\xF0\x9D\x91\x8E", u"\U0001D44E"}, // mathematical italic small a: a surrogate pair
         {"\xEF\xBF\xBF", u"\uffff"},
         {std::string_view("a\0b", 3), std::u16string_view(u"a\0b", 3)},
     };
@@ -26,19 +26,18 @@ TEST(Utf, RoundTripsEveryEncodingLength) {
 
 TEST(Utf, RefusesMalformedInput) {
     for (std::string_view bad : {
-             "\x80",                  // continuation without lead
-             "\xC3",                  // cut after the lead
-             "\xE2\x82",              // cut in a three-byte form
-             "\xC0\xAF",              // overlong "/"
-             "\xE0\x80\xAF",          // overlong three-byte form
-             "\xED\xA0\x80",          // an encoded surrogate
-             "\xF4\x90\x80\x80",      // past U+10FFFF
-             "\xF8\x88\x80\x80\x80",  // five-byte lead
-             "ok\xC3(",               // bad continuation
+             "\x80",                 // continuation without lead
+             "\xC3",                 // cut after the lead
+             "\xE2\x82",             // cut in a three-byte form
+             "\xC0\xAF",             // overlong "/"
+             "\xE0\x80\xAF",         // overlong three-byte form
+             "\xED\xA0\x80",         // an encoded surrogate
+             "\xF4\x90\x80\x80",     // past U+10FFFF
+             "\xF8\x88\x80\x80\x80", // five-byte lead
+             "ok\xC3(",              // bad continuation
          })
         EXPECT_FALSE(utf8_to_utf16(bad)) << bad;
-    for (std::u16string_view bad : {std::u16string_view(u"\xD800", 1),
-                                    std::u16string_view(u"a\xDC00", 2),
+    for (std::u16string_view bad : {std::u16string_view(u"\xD800", 1), std::u16string_view(u"a\xDC00", 2),
                                     std::u16string_view(u"\xD800\x0041", 2)})
         EXPECT_FALSE(utf16_to_utf8(bad));
 }

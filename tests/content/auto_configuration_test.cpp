@@ -21,18 +21,18 @@ namespace {
 using test::FloppySpec;
 using test::IsoSpec;
 
-std::string utf8(std::u16string_view text) { return {text.begin(), text.end()}; }  // ASCII paths only
+std::string utf8(std::u16string_view text) { return {text.begin(), text.end()}; } // ASCII paths only
 
 class AutoConfiguration : public ::testing::Test {
 protected:
     AutoConfiguration() {
         FloppySpec custom{.first_long = 0x12345678, .boot_code = "custom boot code", .root = false};
-        FloppySpec old_dos{.created = {4018, 0, 0}};  // 1989-01-01
+        FloppySpec old_dos{.created = {4018, 0, 0}}; // 1989-01-01
         FloppySpec not_bootable{.boot_checksum = false};
         FloppySpec later{.first_long = 0x444F5303};
         write(u"noise.adf", std::string(901120, '\x5A'));
         write(u"old.adf", test::as_string(test::floppy_image(old_dos)));
-        write(u"new.adf", test::as_string(test::floppy_image()));  // 2024
+        write(u"new.adf", test::as_string(test::floppy_image())); // 2024
         write(u"data.adf", test::as_string(test::floppy_image(not_bootable)));
         write(u"custom.adf", test::as_string(test::floppy_image(custom)));
         write(u"ffs-intl.adf", test::as_string(test::floppy_image(later)));
@@ -49,7 +49,8 @@ protected:
     std::u16string catalog(std::initializer_list<std::pair<const char*, std::u16string_view>> media,
                            const std::string& system = {}, const std::string& year = {}) const {
         std::string text = "<?xml version=\"1.0\" encoding=\"UTF-16\"?>\n<xadml><catalog><application>";
-        text += "<description><title>Loose</title>" + (year.empty() ? "" : "<year>" + year + "</year>") + "</description>";
+        text +=
+            "<description><title>Loose</title>" + (year.empty() ? "" : "<year>" + year + "</year>") + "</description>";
         if (!system.empty()) text += "<configuration>" + system + "<video>ntsc</video></configuration>";
         text += "<media>";
         for (const auto& [element, name] : media)
@@ -97,7 +98,9 @@ const std::string kA1200Memory = "<ram type=\"fast\">8388608</ram>";
 
 std::string system(const std::string& model) { return "<system>" + model + "</system>"; }
 std::string floppy(const std::string& name) { return "<floppy>F\\" + name + "</floppy>"; }
-std::string floppy_drive(int unit) { return "<peripheral type=\"dd\" unit=\"" + std::to_string(unit) + "\">floppy</peripheral>"; }
+std::string floppy_drive(int unit) {
+    return "<peripheral type=\"dd\" unit=\"" + std::to_string(unit) + "\">floppy</peripheral>";
+}
 
 TEST_F(AutoConfiguration, FloppiesChooseTheModelAndBoot) {
     const struct {
@@ -106,7 +109,8 @@ TEST_F(AutoConfiguration, FloppiesChooseTheModelAndBoot) {
         std::string expected;
     } rows[] = {
         {"unreadable: the system floppy boots", catalog({{"floppy", u"noise.adf"}}),
-         document({system("a-500"), "<boot type=\"adf\" readonly=\"true\">134</boot>", kMouse, kJoystick1}, {floppy("noise.adf")})},
+         document({system("a-500"), "<boot type=\"adf\" readonly=\"true\">134</boot>", kMouse, kJoystick1},
+                  {floppy("noise.adf")})},
         {"AmigaDOS before 1993", catalog({{"floppy", u"old.adf"}}),
          document({system("a-500"), kMouse, kJoystick1}, {floppy("old.adf")})},
         {"AmigaDOS from 1993 on", catalog({{"floppy", u"new.adf"}}),
@@ -119,10 +123,12 @@ TEST_F(AutoConfiguration, FloppiesChooseTheModelAndBoot) {
          document({system("a-1200"), kA1200Memory, kMouse, kJoystick1}, {floppy("ffs-intl.adf")}, "1987")},
         {"custom boot code leaves the model", catalog({{"floppy", u"custom.adf"}}, {}, "1995"),
          document({system("a-500"), kMouse, kJoystick1}, {floppy("custom.adf")}, "1995")},
-        {"the boot medium goes first", catalog({{"floppy", u"noise.adf"}, {"floppy", u"data.adf"}, {"floppy", u"old.adf"}}),
+        {"the boot medium goes first",
+         catalog({{"floppy", u"noise.adf"}, {"floppy", u"data.adf"}, {"floppy", u"old.adf"}}),
          document({system("a-500"), kMouse, kJoystick1}, {floppy("old.adf"), floppy("noise.adf"), floppy("data.adf")})},
         {"a bootable hard disk", catalog({{"floppy", u"noise.adf"}, {"harddrive", u"work.hdf"}}),
-         document({system("a-1200"), kA1200Memory, kMouse, kJoystick1}, {"<harddrive>F\\work.hdf</harddrive>", floppy("noise.adf")})},
+         document({system("a-1200"), kA1200Memory, kMouse, kJoystick1},
+                  {"<harddrive>F\\work.hdf</harddrive>", floppy("noise.adf")})},
         {"else the first hard disk", catalog({{"floppy", u"noise.adf"}, {"harddrive", u"plain.hdf"}}),
          document({system("a-500"), kMouse, kJoystick1}, {"<harddrive>F\\plain.hdf</harddrive>", floppy("noise.adf")})},
         {"a hard disk first boots", catalog({{"harddrive", u"plain.hdf"}, {"floppy", u"new.adf"}}),
@@ -132,20 +138,26 @@ TEST_F(AutoConfiguration, FloppiesChooseTheModelAndBoot) {
         {"a weak model is replaced", catalog({{"floppy", u"new.adf"}}, "<system weak=\"TRUE\">a-600</system>"),
          document({system("a-1200"), kA1200Memory, kMouse, kJoystick1}, {floppy("new.adf")})},
         {"an A1200 without boot medium boots the system hard disk",
-         catalog({{"floppy", u"noise.adf"}, {"floppy", u"data.adf"}, {"floppy", u"noise.adf"}}, "<system>a-1200</system>"),
+         catalog({{"floppy", u"noise.adf"}, {"floppy", u"data.adf"}, {"floppy", u"noise.adf"}},
+                 "<system>a-1200</system>"),
          document({system("a-1200"), kA1200Memory, "<boot type=\"hdf\" readonly=\"true\">311</boot>", floppy_drive(1),
                    floppy_drive(2), kMouse, kJoystick1},
                   {floppy("noise.adf"), floppy("data.adf"), floppy("noise.adf")})},
         {"an A1200 has four floppy drives at most",
-         catalog({{"floppy", u"noise.adf"}, {"floppy", u"data.adf"}, {"floppy", u"noise.adf"}, {"floppy", u"data.adf"},
+         catalog({{"floppy", u"noise.adf"},
+                  {"floppy", u"data.adf"},
+                  {"floppy", u"noise.adf"},
+                  {"floppy", u"data.adf"},
                   {"floppy", u"old.adf"}},
                  "<system>a-1200</system>"),
-         document({system("a-1200"), kA1200Memory, floppy_drive(1), floppy_drive(2), floppy_drive(3), kMouse, kJoystick1},
-                  {floppy("old.adf"), floppy("noise.adf"), floppy("data.adf"), floppy("noise.adf"), floppy("data.adf")})},
+         document(
+             {system("a-1200"), kA1200Memory, floppy_drive(1), floppy_drive(2), floppy_drive(3), kMouse, kJoystick1},
+             {floppy("old.adf"), floppy("noise.adf"), floppy("data.adf"), floppy("noise.adf"), floppy("data.adf")})},
         {"a CDTV with a floppy drive", catalog({{"floppy", u"noise.adf"}}, "<system>A-CDTV</system>"),
          document({system("A-CDTV"), floppy_drive(0), kJoystick0}, {floppy("noise.adf")})},
         {"empty entries and unknown kinds", catalog({{"floppy", u""}, {"disk", u"noise.adf"}}),
-         document({system("a-500"), "<boot type=\"adf\" readonly=\"true\">134</boot>", kMouse, kJoystick1}, {floppy("noise.adf")})},
+         document({system("a-500"), "<boot type=\"adf\" readonly=\"true\">134</boot>", kMouse, kJoystick1},
+                  {floppy("noise.adf")})},
     };
     for (const auto& row : rows) EXPECT_EQ(configured(row.catalog), row.expected) << row.what;
 }
@@ -223,9 +235,9 @@ TEST(MediaKind, ByExtensionAlone) {
         std::u16string_view path;
         MediumKind kind;
     } rows[] = {
-        {u"C:\\a.hdf", MediumKind::hard_disk}, {u"C:\\a.HDZ", MediumKind::hard_disk}, {u"C:\\a.iso", MediumKind::cd},
-        {u"C:\\a.Cue", MediumKind::cd},         {u"C:\\a.adf", MediumKind::floppy},     {u"C:\\hdf", MediumKind::floppy},
-        {u"C:\\a.hdf.adz", MediumKind::floppy}, {u"C:\\a.iso\\b", MediumKind::floppy},  {u"C:\\a.", MediumKind::floppy},
+        {u"C:\\a.hdf", MediumKind::hard_disk},  {u"C:\\a.HDZ", MediumKind::hard_disk}, {u"C:\\a.iso", MediumKind::cd},
+        {u"C:\\a.Cue", MediumKind::cd},         {u"C:\\a.adf", MediumKind::floppy},    {u"C:\\hdf", MediumKind::floppy},
+        {u"C:\\a.hdf.adz", MediumKind::floppy}, {u"C:\\a.iso\\b", MediumKind::floppy}, {u"C:\\a.", MediumKind::floppy},
     };
     for (const auto& row : rows) EXPECT_EQ(media_kind_of(row.path), row.kind) << utf8(row.path);
 }

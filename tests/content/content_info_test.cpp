@@ -90,10 +90,12 @@ TEST_F(ContentInfo, RunningDisks) {
         std::u16string lines, expected;
     } rows[] = {
         {"given names", joined({a_, u"\tdevicename=DH3\tvolumename=Work"}), joined({a_, u"\tDH3\tWork\thardfile"})},
-        {"stored names win", joined({c_, u"\tdevicename=DH3\tvolumename=Work"}), joined({c_, u"\tDH7\tStored\thardfile"})},
+        {"stored names win", joined({c_, u"\tdevicename=DH3\tvolumename=Work"}),
+         joined({c_, u"\tDH7\tStored\thardfile"})},
         {"empty stored names do not", joined({d_, u"\tdevicename=DH3\tvolumename=Work"}),
          joined({d_, u"\tDH3\tWork\thardfile"})},
-        {"priority -129", joined({a_, u"\tdevicename=DH3\tbootpriority=-129"}), joined({a_, u"\t:nomount:\t\thardfile"})},
+        {"priority -129", joined({a_, u"\tdevicename=DH3\tbootpriority=-129"}),
+         joined({a_, u"\t:nomount:\t\thardfile"})},
         {"priority -128", joined({a_, u"\tdevicename=DH3\tbootpriority=-128"}), joined({a_, u"\tDH3\t\thardfile"})},
         {"priority in hexadecimal", joined({a_, u"\tbootpriority=-0x81"}), joined({a_, u"\t:nomount:\t\thardfile"})},
         {"priority without a number", joined({a_, u"\tdevicename=DH3\tbootpriority=low"}),
@@ -104,7 +106,8 @@ TEST_F(ContentInfo, RunningDisks) {
         {"trailing backslash", joined({games_, u"\\"}), joined({games_, u"\\\t\tGames\tmounted directory"})},
         {"folder with names", joined({games_, u"\tvolumename=Play\tdevicename=DH1"}),
          joined({games_, u"\tDH1\tPlay\tmounted directory"})},
-        {"keys begin after a tab", joined({a_, u"\tmydevicename=X\tvolumename=V\tx=1"}), joined({a_, u"\t\tV\thardfile"})},
+        {"keys begin after a tab", joined({a_, u"\tmydevicename=X\tvolumename=V\tx=1"}),
+         joined({a_, u"\t\tV\thardfile"})},
         {"attached disk", joined({device, u"\tvendor-id=WD\tproduct-id=Elements"}),
          joined({device, u"\t\tWD Elements\tDirect-attached disk"})},
         {"attached disk without vendor", joined({device, u"\tproduct-id=Elements"}),
@@ -117,13 +120,16 @@ TEST_F(ContentInfo, RunningDisks) {
     };
     for (const auto& row : rows) {
         EXPECT_EQ(shown(info(u"ignored\tlist", row.lines, kContentInfoRuntime)), shown(row.expected)) << row.what;
-        EXPECT_EQ(info(u"", row.lines, kContentInfoRuntime | kContentInfoShort), info(u"", row.lines, kContentInfoRuntime))
+        EXPECT_EQ(info(u"", row.lines, kContentInfoRuntime | kContentInfoShort),
+                  info(u"", row.lines, kContentInfoRuntime))
             << row.what << ": the short form is configuration mode's";
     }
 }
 
 TEST_F(ContentInfo, RunningImagesAreReadWithTheirGeometry) {
-    const auto fields = [](const media::HardDiskGeometry& g) { return std::tuple(g.block_size, g.sectors, g.surfaces, g.reserved); };
+    const auto fields = [](const media::HardDiskGeometry& g) {
+        return std::tuple(g.block_size, g.sectors, g.surfaces, g.reserved);
+    };
     const struct {
         std::u16string keys;
         media::HardDiskGeometry expected;
@@ -150,9 +156,12 @@ TEST_F(ContentInfo, HostDrives) {
     const struct {
         std::u16string_view path, short_form;
     } rows[] = {
-        {u"E:\\", u"\"Work\" (DH0, mounted drive)"},   {u"e:\\", u"\"Work\" (DH0, mounted drive)"},
-        {u"E:\\..", u"\"Work\" (DH0, mounted drive)"}, {u"F:\\", u"\"F:\\\" (DH0, mounted directory)"},
-        {u"G:\\", u"\"Stick\" (mounted drive)"},      {u"H:\\", u"\"H:\\\" (mounted directory)"},
+        {u"E:\\", u"\"Work\" (DH0, mounted drive)"},
+        {u"e:\\", u"\"Work\" (DH0, mounted drive)"},
+        {u"E:\\..", u"\"Work\" (DH0, mounted drive)"},
+        {u"F:\\", u"\"F:\\\" (DH0, mounted directory)"},
+        {u"G:\\", u"\"Stick\" (mounted drive)"},
+        {u"H:\\", u"\"H:\\\" (mounted directory)"},
         {u"Z:\\", u""},
     };
     for (const auto& row : rows)

@@ -44,10 +44,14 @@ inline std::u16string joined(std::initializer_list<std::u16string_view> pieces) 
 inline std::string shown(std::u16string_view text) {
     std::string out;
     for (const char16_t c : text) {
-        if (c == u'\t') out += "\\t";
-        else if (c == u'\n') out += "\\n";
-        else if (c == u'\r') out += "\\r";
-        else out += c >= 0x20 && c < 0x7F ? static_cast<char>(c) : '?';
+        if (c == u'\t')
+            out += "\\t";
+        else if (c == u'\n')
+            out += "\\n";
+        else if (c == u'\r')
+            out += "\\r";
+        else
+            out += c >= 0x20 && c < 0x7F ? static_cast<char>(c) : '?';
     }
     return out;
 }

@@ -22,12 +22,15 @@ protected:
     ContentTooltip() {
         folder_.create_file(u"a.hdf", "a");
         folder_.create_file(u"b.hdf", "b");
-        media_.volume_names = {{u"C:\\wb.adf", u"Workbench"}, {u"C:\\colon.adf", u":"},
-                               {u"C:\\unnamed.adf", u""},     {u"C:\\disc.iso", u"CD_DATA"},
+        media_.volume_names = {{u"C:\\wb.adf", u"Workbench"},
+                               {u"C:\\colon.adf", u":"},
+                               {u"C:\\unnamed.adf", u""},
+                               {u"C:\\disc.iso", u"CD_DATA"},
                                {u"E:", u"Image"}};
     }
 
-    std::u16string tooltip(std::uint8_t type, std::uint32_t index, std::u16string_view path, std::u16string_view label) {
+    std::u16string tooltip(std::uint8_t type, std::uint32_t index, std::u16string_view path,
+                           std::u16string_view label) {
         return content_tooltip_text(type, index, path, label, media_.readers()).value_or(u"<not formatted>");
     }
 
@@ -53,7 +56,8 @@ TEST_F(ContentTooltip, EachDriveType) {
         {"CD image", 2, 0, u"C:\\disc.iso", u"Disc", u"CD drive:\r\n\"CD_DATA\" (Disc)"},
         {"network", 3, 0, u"C:\\wb.adf", u"Share", u"Network"},
         {"unknown type", 4, 0, u"C:\\wb.adf", u"Disk", u""},
-        {"one hard disk", 1, 0, joined({u"One\t", a_}), u"", joined({u"Hard disk drive:\r\n\"", a_, u"\" (DH0, hardfile)"})},
+        {"one hard disk", 1, 0, joined({u"One\t", a_}), u"",
+         joined({u"Hard disk drive:\r\n\"", a_, u"\" (DH0, hardfile)"})},
         {"hard disks", 1, 0, joined({u"One\t", a_, u"\nTwo\t", b_}), joined({b_, u"\tDH0\tWork\tmy kind"}),
          joined({u"Hard disk drives:\r\n\"", a_, u"\" (DH0, hardfile)\n\"Work\" (DH0_0, my kind)"})},
         {"no hard disk", 1, 0, u"", u"", u"Hard disk drive:\r\n"},
@@ -82,7 +86,8 @@ TEST_F(ContentTooltip, CdDriveRootsShowTheirLabel) {
         {u"F:", u"CD drive:\r\nGame"},
         {u"Z:\\", u"CD drive:\r\nGame"},
     };
-    for (const auto& row : rows) EXPECT_EQ(shown(tooltip(2, 0, row.path, u"Game")), shown(row.expected)) << shown(row.path);
+    for (const auto& row : rows)
+        EXPECT_EQ(shown(tooltip(2, 0, row.path, u"Game")), shown(row.expected)) << shown(row.path);
     platform::native::set_drive_roots({});
 }
 #endif

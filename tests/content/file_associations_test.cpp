@@ -32,7 +32,8 @@ std::optional<test::FileAssociationView> view_of(const platform::HeapBlock& bloc
 TEST(FileAssociations, EachTypeCarriesItsTextsFilterIconCategoryAndFlags) {
     ASSERT_EQ(kFileAssociationCount, test::kEnglishFileAssociations.size());
     for (std::uint32_t index = 0; index < kFileAssociationCount; ++index) {
-        const test::FileAssociationView expected = test::english_view(test::kEnglishFileAssociations[index], kModulePath);
+        const test::FileAssociationView expected =
+            test::english_view(test::kEnglishFileAssociations[index], kModulePath);
         EXPECT_EQ(view_of(packed(index, kModulePath)), expected) << "type " << index;
     }
 }

@@ -78,13 +78,12 @@ TEST(KickstartRoms, PicksTheIdThatTheModelOffers) {
         const KickstartRom& rom;
         std::u16string_view model, id;
     } rows[] = {
-        {a600_first, u"a-500", u"310-a600"}, {a600_first, u"a-1200", u"310-a600"},
+        {a600_first, u"a-500", u"310-a600"},  {a600_first, u"a-1200", u"310-a600"},
         {a500_first, u"A-600", u"310-a600"},  // offered by the model: the other id
-        {a500_first, u"a-4000", u"310-a500"},  // offered by neither: the preferred id
+        {a500_first, u"a-4000", u"310-a500"}, // offered by neither: the preferred id
         {single, u"a-600", u"3x0-a500"},
     };
-    for (const auto& row : rows)
-        EXPECT_EQ(rom_id_for_model(row.rom, row.model), row.id) << test::printable(row.model);
+    for (const auto& row : rows) EXPECT_EQ(rom_id_for_model(row.rom, row.model), row.id) << test::printable(row.model);
 }
 
 TEST(KickstartRoms, RecognisesSystemRomFilesWithTheRealTable) {

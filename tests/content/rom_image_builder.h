@@ -33,9 +33,9 @@ inline std::string rom_image(std::uint32_t image_bytes, std::uint32_t crc, std::
     };
     const std::uint32_t base = tail_crc(0);
     struct Vector {
-        std::uint32_t value = 0, bits = 0;  // value = L(bits)
+        std::uint32_t value = 0, bits = 0; // value = L(bits)
     };
-    std::array<Vector, 32> basis{};  // by highest set bit of the value
+    std::array<Vector, 32> basis{}; // by highest set bit of the value
     for (std::uint32_t bit = 0; bit < 32; ++bit) {
         Vector v{tail_crc(1u << bit) ^ base, 1u << bit};
         for (int top = 31; top >= 0 && v.value != 0; --top) {

@@ -57,10 +57,16 @@ TEST(UaeConfiguration, ReadsBooleansAndNumbers) {
         bool if_absent_true, if_absent_false;
         std::optional<std::int32_t> number;
     } rows[] = {
-        {"true", true, true, std::nullopt}, {"YES", true, true, std::nullopt}, {"1", true, true, 1},
-        {"-3", true, true, -3},             {"12mb", true, true, 12},          {"false", false, false, std::nullopt},
-        {"No", false, false, std::nullopt}, {"0", false, false, 0},            {"on", false, false, std::nullopt},
-        {"", true, false, std::nullopt},  // absent: the default
+        {"true", true, true, std::nullopt},
+        {"YES", true, true, std::nullopt},
+        {"1", true, true, 1},
+        {"-3", true, true, -3},
+        {"12mb", true, true, 12},
+        {"false", false, false, std::nullopt},
+        {"No", false, false, std::nullopt},
+        {"0", false, false, 0},
+        {"on", false, false, std::nullopt},
+        {"", true, false, std::nullopt}, // absent: the default
     };
     for (const auto& row : rows) {
         const UaeConfiguration configuration = UaeConfiguration::parse(std::string("k=") + row.value);
@@ -73,7 +79,7 @@ TEST(UaeConfiguration, ReadsBooleansAndNumbers) {
 TEST(DriveLines, ReadsHardFileLines) {
     const struct {
         std::u16string_view value;
-        const char* fields;  // ro|device|path|sectors|surfaces|reserved|blocksize|bootpri|fs|controller
+        const char* fields; // ro|device|path|sectors|surfaces|reserved|blocksize|bootpri|fs|controller
     } rows[] = {
         {u"rw,DH0:C:\\Games\\work.hdf,32,1,2,512,0,,uae0", "0|DH0|C:\\Games\\work.hdf|32|1|2|512|0||uae0"},
         {u"ro,DH1:hdf\\data.hdf,0,0,0,512,-128,C:\\L\\FastFileSystem,ide1,0,extra",
@@ -90,12 +96,12 @@ TEST(DriveLines, ReadsHardFileLines) {
     };
     for (const auto& row : rows) {
         const std::optional<HardfileLine> line = read_hardfile_line(row.value);
-        const std::string fields =
-            !line ? "none"
-                  : std::to_string(line->is_read_only) + "|" + printable(line->device_name) + "|" + printable(line->path) +
-                        "|" + shown(line->sectors) + "|" + shown(line->surfaces) + "|" + shown(line->reserved) + "|" +
-                        shown(line->block_size) + "|" + shown(line->boot_priority) + "|" + printable(line->file_system) +
-                        "|" + printable(line->controller);
+        const std::string fields = !line ? "none"
+                                         : std::to_string(line->is_read_only) + "|" + printable(line->device_name) +
+                                               "|" + printable(line->path) + "|" + shown(line->sectors) + "|" +
+                                               shown(line->surfaces) + "|" + shown(line->reserved) + "|" +
+                                               shown(line->block_size) + "|" + shown(line->boot_priority) + "|" +
+                                               printable(line->file_system) + "|" + printable(line->controller);
         EXPECT_EQ(fields, row.fields) << printable(row.value);
     }
 }
@@ -103,7 +109,7 @@ TEST(DriveLines, ReadsHardFileLines) {
 TEST(DriveLines, ReadsFolderLines) {
     const struct {
         std::u16string_view value;
-        const char* fields;  // ro|device|volume|path|bootpri
+        const char* fields; // ro|device|volume|path|bootpri
     } rows[] = {
         {u"rw,DH0:System:C:\\Amiga\\System,5", "0|DH0|System|C:\\Amiga\\System|5"},
         {u"ro,DH1::Work,", "1|DH1||Work|-"},
@@ -113,11 +119,10 @@ TEST(DriveLines, ReadsFolderLines) {
     };
     for (const auto& row : rows) {
         const std::optional<FolderLine> line = read_folder_line(row.value);
-        const std::string fields =
-            !line ? "none"
-                  : std::to_string(line->is_read_only) + "|" + printable(line->device_name) + "|" +
-                        printable(line->volume_name) + "|" + printable(line->path) + "|" +
-                        (line->boot_priority ? std::to_string(*line->boot_priority) : "-");
+        const std::string fields = !line ? "none"
+                                         : std::to_string(line->is_read_only) + "|" + printable(line->device_name) +
+                                               "|" + printable(line->volume_name) + "|" + printable(line->path) + "|" +
+                                               (line->boot_priority ? std::to_string(*line->boot_priority) : "-");
         EXPECT_EQ(fields, row.fields) << printable(row.value);
     }
 }

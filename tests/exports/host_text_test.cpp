@@ -18,7 +18,7 @@ TEST(HostText, ResultsInTheHostsBuffer) {
         std::u16string_view text;
         std::uint32_t chars;
         HResult whole_status;
-        std::u16string_view whole, truncated;  // the buffer and two guard slots after each copy
+        std::u16string_view whole, truncated; // the buffer and two guard slots after each copy
     } rows[] = {
         {u"Floppy", 7, status::ok, std::u16string_view(u"Floppy\0##", 9), std::u16string_view(u"Floppy\0##", 9)},
         {u"Floppy", 6, kOverflow, u"########", std::u16string_view(u"Flopp\0##", 8)},

@@ -13,11 +13,11 @@ TEST(Buttons, NamesByControllerKind) {
         std::uint32_t mask, kind;
         std::optional<std::u16string_view> name;
     } rows[] = {
-        {1, 2, u"Right"},   {2, 3, u"Left"},      {4, 4, u"Down"},       {8, 2, u"Up"},
-        {16, 2, u"Fire 1"}, {16, 3, u"Fire 1"},   {16, 4, u"Red"},       {32, 3, u"Fire 2"},
-        {32, 4, u"Blue"},   {64, 3, u"Fire 3"},   {64, 2, std::nullopt}, {64, 4, u"Yellow"},
-        {128, 4, u"Green"}, {128, 3, std::nullopt}, {256, 4, u"Play/Pause"}, {512, 4, u"Reverse"},
-        {1024, 4, u"Forward"}, {3, 2, std::nullopt}, {16, 5, std::nullopt}, {16, 1, std::nullopt},
+        {1, 2, u"Right"},        {2, 3, u"Left"},        {4, 4, u"Down"},         {8, 2, u"Up"},
+        {16, 2, u"Fire 1"},      {16, 3, u"Fire 1"},     {16, 4, u"Red"},         {32, 3, u"Fire 2"},
+        {32, 4, u"Blue"},        {64, 3, u"Fire 3"},     {64, 2, std::nullopt},   {64, 4, u"Yellow"},
+        {128, 4, u"Green"},      {128, 3, std::nullopt}, {256, 4, u"Play/Pause"}, {512, 4, u"Reverse"},
+        {1024, 4, u"Forward"},   {3, 2, std::nullopt},   {16, 5, std::nullopt},   {16, 1, std::nullopt},
         {2048, 4, std::nullopt}, {0, 4, std::nullopt},
     };
     for (const auto& row : rows) {
@@ -63,14 +63,15 @@ TEST(Buttons, AssignmentsFillTheirSlots) {
 
 TEST(Buttons, MappingsReadFromAPortsButtonSetInBothDirections) {
     manifest::ManifestDocument document;
-    ASSERT_EQ(document.load(test::kq9_with_configuration(
-                                "<peripheral unit=\"1\" buttons=\"pad\">input-joypad</peripheral>"
-                                "<peripheral unit=\"0\" buttons=\"keys\">input-virtualbuttons</peripheral>"
-                                "<buttons id=\"pad\"><button name=\"button-1\" source=\"button-2\" autorepeat=\"true\"/>"
-                                "<button name=\"button-up\" source=\"unused\"/><button name=\"no-such\" source=\"button-3\"/>"
-                                "</buttons><buttons id=\"keys\"><button name=\"button-1\" source=\"SPACE\"/></buttons>")
-                                .c_str()),
-              status::ok);
+    ASSERT_EQ(
+        document.load(test::kq9_with_configuration(
+                          "<peripheral unit=\"1\" buttons=\"pad\">input-joypad</peripheral>"
+                          "<peripheral unit=\"0\" buttons=\"keys\">input-virtualbuttons</peripheral>"
+                          "<buttons id=\"pad\"><button name=\"button-1\" source=\"button-2\" autorepeat=\"true\"/>"
+                          "<button name=\"button-up\" source=\"unused\"/><button name=\"no-such\" source=\"button-3\"/>"
+                          "</buttons><buttons id=\"keys\"><button name=\"button-1\" source=\"SPACE\"/></buttons>")
+                          .c_str()),
+        status::ok);
     manifest::Element pad = document.find_input_port(1, false);
     const ButtonMapping from_guest = read_button_mapping(document, pad, ButtonDirection::from_guest);
     EXPECT_EQ(from_guest.device_type, 4u);

@@ -21,7 +21,7 @@ TEST(DeviceCommands, Tables) {
         {5, 2, u"a-cdtv", u"Rewind", u"KEY_RAW_DOWN 0x76 KEY_RAW_UP 0x76"},
         {6, 2, u"a-cdtv", std::nullopt, std::nullopt},
         {0, 2, u"a-500", std::nullopt, std::nullopt},
-        {0, 0x102, u"a-cdtv", u"Play/Pause", u"KEY_RAW_DOWN 0x73 KEY_RAW_UP 0x73"},  // the low byte counts
+        {0, 0x102, u"a-cdtv", u"Play/Pause", u"KEY_RAW_DOWN 0x73 KEY_RAW_UP 0x73"}, // the low byte counts
         {0, 7, u"", u"Left Amiga\tLeft Amiga", u"KEY_RAW_DOWN 0x66 KEY_RAW_UP 0x66"},
         {2, 7, u"a-500", u"Soft Reset\tControl+Left Amiga+Right Amiga",
          u"KEY_RAW_DOWN 0x63 KEY_RAW_DOWN 0x66 KEY_RAW_DOWN 0x67 KEY_RAW_UP 0x67 KEY_RAW_UP 0x66 KEY_RAW_UP 0x63"},

@@ -16,8 +16,8 @@ using Events = std::vector<std::uint32_t>;
 using test::KeyboardDriver;
 using test::kVkTyping;
 
-constexpr std::uint8_t kVkLeftShift = 0xA0, kVkRightControl = 0xA3, kVkLeftControl = 0xA2,
-                       kVkLeftAlt = 0xA4, kVkRightAlt = 0xA5, kVkCapsLock = 0x14, kVkReturn = 0x0D;
+constexpr std::uint8_t kVkLeftShift = 0xA0, kVkRightControl = 0xA3, kVkLeftControl = 0xA2, kVkLeftAlt = 0xA4,
+                       kVkRightAlt = 0xA5, kVkCapsLock = 0x14, kVkReturn = 0x0D;
 constexpr std::uint32_t P(std::uint32_t raw) { return event::press(raw); }
 constexpr std::uint32_t R(std::uint32_t raw) { return event::release(raw); }
 constexpr std::uint32_t kMore = event::more_pending, kNothing = event::nothing;
@@ -80,26 +80,38 @@ TEST(KeyTranslation, KeystrokeScenarios) {
          {{kVkLeftShift, false, true, 0, {P(0x60)}},
           {kVkTyping, false, true, u'a', {R(0x60) | kMore, P(0x20)}},
           {0x42, false, true, u'b', {P(0x35)}},
-          {kVkLeftShift, false, false, 0, {kNothing}},  // the guest already saw Shift released
+          {kVkLeftShift, false, false, 0, {kNothing}}, // the guest already saw Shift released
           {kVkTyping, false, false, 0, {R(0x20)}},
           {0x42, false, false, 0, {R(0x35)}}}},
         {"an accent through a dead key: Alt held for the first stroke only",
-         {{kVkTyping, false, true, u'\u00e1', {P(0x64) | kMore, P(0x23) | kMore, R(0x23) | kMore, R(0x64) | kMore,
-                                              P(0x20)}},
+         {{kVkTyping,
+           false,
+           true,
+           u'\u00e1',
+           {P(0x64) | kMore, P(0x23) | kMore, R(0x23) | kMore, R(0x64) | kMore, P(0x20)}},
           {kVkTyping, false, false, 0, {R(0x20)}}}},
         {"both Control keys and both Alt keys",
-         {{kVkLeftControl, false, true, 0, {P(0x63)}}, {kVkLeftControl, false, false, 0, {R(0x63)}},
-          {kVkRightControl, true, true, 0, {P(0x63)}}, {kVkRightControl, true, false, 0, {R(0x63)}},
-          {kVkLeftAlt, false, true, 0, {P(0x64)}}, {kVkLeftAlt, false, false, 0, {R(0x64)}},
-          {kVkRightAlt, true, true, 0, {P(0x64)}}, {kVkRightAlt, true, false, 0, {R(0x64)}}}},
+         {{kVkLeftControl, false, true, 0, {P(0x63)}},
+          {kVkLeftControl, false, false, 0, {R(0x63)}},
+          {kVkRightControl, true, true, 0, {P(0x63)}},
+          {kVkRightControl, true, false, 0, {R(0x63)}},
+          {kVkLeftAlt, false, true, 0, {P(0x64)}},
+          {kVkLeftAlt, false, false, 0, {R(0x64)}},
+          {kVkRightAlt, true, true, 0, {P(0x64)}},
+          {kVkRightAlt, true, false, 0, {R(0x64)}}}},
         {"Return and Numpad Enter",
-         {{kVkReturn, false, true, 0, {P(0x44)}}, {kVkReturn, false, false, 0, {R(0x44)}},
-          {kVkReturn, true, true, 0, {P(0x43)}}, {kVkReturn, true, false, 0, {R(0x43)}}}},
+         {{kVkReturn, false, true, 0, {P(0x44)}},
+          {kVkReturn, false, false, 0, {R(0x44)}},
+          {kVkReturn, true, true, 0, {P(0x43)}},
+          {kVkReturn, true, false, 0, {R(0x43)}}}},
         {"auto-repeat presses again",
-         {{kVkReturn, false, true, 0, {P(0x44)}}, {kVkReturn, false, true, 0, {P(0x44)}},
+         {{kVkReturn, false, true, 0, {P(0x44)}},
+          {kVkReturn, false, true, 0, {P(0x44)}},
           {kVkReturn, false, false, 0, {R(0x44)}}}},
         {"default configurable keys: Windows keys and Page Down (extended)",
-         {{0x5B, true, true, 0, {P(0x66)}}, {0x5C, true, true, 0, {P(0x67)}}, {0x22, true, true, 0, {P(0x5F)}},
+         {{0x5B, true, true, 0, {P(0x66)}},
+          {0x5C, true, true, 0, {P(0x67)}},
+          {0x22, true, true, 0, {P(0x5F)}},
           {0x22, false, true, 0, {kNothing}}}},
         {"a configurable key descriptor: VK 0x22 without the extended flag",
          {{0x22, false, true, 0, {P(0x5F)}}, {0x22, true, true, 0, {kNothing}}},
@@ -144,12 +156,12 @@ TEST(KeyTranslation, PreprocessingSaysWhichKeysWantTheirCharacter) {
         std::uint32_t key_word;
         std::uint32_t answer;
     } rows[] = {
-        {0x0D, 0x8000000D},                           // Return never wants a character
-        {0x5B | 0x10000, 0x8001005B},                 // nor the configurable keys
-        {0x60, 0x80000060},                           // nor a keypad key the table maps
-        {0x41, 0xC0000041},                           // a letter does
-        {0x41 | 0x38000000, 0xC0000041},              // bits 27-29 are cleared
-        {0x41 | 0x09000000, 0xC9000041},              // 24 and 27: a character is pending
+        {0x0D, 0x8000000D},                            // Return never wants a character
+        {0x5B | 0x10000, 0x8001005B},                  // nor the configurable keys
+        {0x60, 0x80000060},                            // nor a keypad key the table maps
+        {0x41, 0xC0000041},                            // a letter does
+        {0x41 | 0x38000000, 0xC0000041},               // bits 27-29 are cleared
+        {0x41 | 0x09000000, 0xC9000041},               // 24 and 27: a character is pending
         {0xA0 | 0x09000000, 0xC1000041 - 0x41 + 0xA0}, // not for a modifier
     };
     for (const auto& row : rows) {

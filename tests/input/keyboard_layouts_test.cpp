@@ -19,13 +19,13 @@ TEST(KeyboardLayouts, CatalogueCountsAndBrackets) {
         std::size_t characters;
         char16_t open, close;
     } rows[] = {
-        {u"en-us", u"English - US", 191, u'(', u')'},       {u"en-gb", u"English - UK", 191, u'(', u')'},
-        {u"fr-ca", u"French - Canada", 191, u'@', 0xB0},    {u"da-dk", u"Danish - Denmark", 191, u'[', u']'},
-        {u"de-de", u"German - Germany", 191, u'[', u']'},   {u"en-dvorak-us", u"English - Dvorak", 191, u'(', u')'},
-        {u"es-es", u"Spanish - Spain", 191, u'[', u']'},    {u"fr-fr", u"French - France", 191, u'[', u']'},
-        {u"it-it", u"Italian - Italy", 191, u'[', u']'},    {u"no-no", u"Norwegian - Norway", 191, u'[', u']'},
+        {u"en-us", u"English - US", 191, u'(', u')'},          {u"en-gb", u"English - UK", 191, u'(', u')'},
+        {u"fr-ca", u"French - Canada", 191, u'@', 0xB0},       {u"da-dk", u"Danish - Denmark", 191, u'[', u']'},
+        {u"de-de", u"German - Germany", 191, u'[', u']'},      {u"en-dvorak-us", u"English - Dvorak", 191, u'(', u')'},
+        {u"es-es", u"Spanish - Spain", 191, u'[', u']'},       {u"fr-fr", u"French - France", 191, u'[', u']'},
+        {u"it-it", u"Italian - Italy", 191, u'[', u']'},       {u"no-no", u"Norwegian - Norway", 191, u'[', u']'},
         {u"pt-pt", u"Portuguese - Portugal", 191, u'[', u']'}, {u"de-ch", u"German - Switzerland", 191, u'[', u']'},
-        {u"fr-ch", u"French - Switzerland", 191, u'[', u']'}, {u"sv-se", u"Swedish - Sweden", 191, u'[', u']'},
+        {u"fr-ch", u"French - Switzerland", 191, u'[', u']'},  {u"sv-se", u"Swedish - Sweden", 191, u'[', u']'},
         {u"is-is", u"Icelandic - Iceland", 191, u'[', u']'},
     };
     ASSERT_EQ(all_layouts().size(), std::size(rows));
@@ -56,7 +56,7 @@ std::vector<std::uint8_t> image_with(std::u16string_view layout, std::initialize
     const std::span<const std::uint8_t> source = find_layout(layout).keymap_image;
     std::vector<std::uint8_t> image(source.begin(), source.end());
     for (auto [raw, character] : keys) {
-        image[2 + raw] = 0;  // a plain key of one character
+        image[2 + raw] = 0; // a plain key of one character
         image[130 + 4 * raw + 3] = static_cast<std::uint8_t>(character);
     }
     return image;
@@ -94,14 +94,20 @@ TEST(KeyNames, FixedNamesCharactersAndDeadKeys) {
         char16_t suffix;
         std::optional<std::u16string_view> name;
     } rows[] = {
-        {u"en-us", 0x5A, 0, u"Numeric Keypad ("}, {u"de-de", 0x5A, 0, u"Numeric Keypad ["},
-        {u"fr-ca", 0x5A, 0, u"Numeric Keypad @"}, {u"fr-ca", 0x5B, 0, u"Numeric Keypad \u00b0"},
-        {u"en-us", 0x60, 0, u"Left Shift"},       {u"en-us", 0x60, u'+', u"Shift+"},
-        {u"en-us", 0x20, 0, u"A"},                {u"de-de", 0x15, 0, u"Z"},
-        {u"fr-fr", 0x1A, 0, u"^"},  // a dead key is named by its accent
-        {u"de-de", 0x0C, 0, u"\u00b4"},           {u"en-us", 0x63, u'+', u"Control+"},
-        {u"en-us", 0x65, 0, std::nullopt},       // Right Alt has no name of its own
-        {u"en-us", 0x40, 0, u"Space"},            {u"en-us", 0x73, 0, u"Play/Pause"},
+        {u"en-us", 0x5A, 0, u"Numeric Keypad ("},
+        {u"de-de", 0x5A, 0, u"Numeric Keypad ["},
+        {u"fr-ca", 0x5A, 0, u"Numeric Keypad @"},
+        {u"fr-ca", 0x5B, 0, u"Numeric Keypad \u00b0"},
+        {u"en-us", 0x60, 0, u"Left Shift"},
+        {u"en-us", 0x60, u'+', u"Shift+"},
+        {u"en-us", 0x20, 0, u"A"},
+        {u"de-de", 0x15, 0, u"Z"},
+        {u"fr-fr", 0x1A, 0, u"^"}, // a dead key is named by its accent
+        {u"de-de", 0x0C, 0, u"\u00b4"},
+        {u"en-us", 0x63, u'+', u"Control+"},
+        {u"en-us", 0x65, 0, std::nullopt}, // Right Alt has no name of its own
+        {u"en-us", 0x40, 0, u"Space"},
+        {u"en-us", 0x73, 0, u"Play/Pause"},
     };
     for (const auto& row : rows) {
         test::KeyboardDriver driver(row.layout);
@@ -124,12 +130,12 @@ TEST(KeyNames, DisplayNamesOfCombinations) {
         {u"en-us", u"!", status::ok, {u"Shift+1"}},
         {u"en-us", u"shift+a", status::ok, {u"Left Shift", u"A"}},
         {u"en-us", u"CONTROL+LEFT AMIGA+RIGHT AMIGA", status::ok, {u"Control", u"Left Amiga", u"Right Amiga"}},
-        {u"en-us", u"\u00e1", status::ok, {u"Alt+F", u"A"}},  // a dead key and its letter
+        {u"en-us", u"\u00e1", status::ok, {u"Alt+F", u"A"}}, // a dead key and its letter
         {u"de-de", u"NUMPAD [", status::ok, {u"Numeric Keypad ["}},
         {u"en-us", u"PLUS", status::ok, {u"Shift+="}},
         {u"en-us", u"+", status::ok, {u"Shift+="}},
         {u"en-us", u"A+PLUS", status::ok, {u"A", u"Shift+="}},
-        {u"en-us", u"", status::ok, {u""}},  // no key: an empty name, not the buffer's old content
+        {u"en-us", u"", status::ok, {u""}}, // no key: an empty name, not the buffer's old content
         {u"en-us", u"NO SUCH KEY", status::from_win32(1168), {}},
         {u"en-us", u"\u4e00", status::from_win32(1168), {}},
     };

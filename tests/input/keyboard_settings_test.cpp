@@ -65,17 +65,27 @@ TEST_F(KeyboardSettings, TheBestScoringMappingWins) {
     const struct {
         const char* name;
         std::vector<StoredMapping> mappings;
-        std::uint32_t raw;  // what host key "A" gives; 0x7F: no mapping, nothing sent
+        std::uint32_t raw; // what host key "A" gives; 0x7F: no mapping, nothing sent
     } rows[] = {
         {"nothing stored", {}, 0x7F},
-        {"the right layout beats the first", {{u"m1", 1, u"a-1200", u"en-us", table_sending_a_as(0x10)},
-                                              {u"m2", 1, u"A-1200", u"DE-DE", table_sending_a_as(0x20)}}, 0x20},
-        {"neither layout: the first in the store's order", {{u"m2", 1, u"a-1200", u"fr-fr", table_sending_a_as(0x20)},
-                                                            {u"m1", 1, u"a-1200", u"en-us", table_sending_a_as(0x10)}}, 0x10},
-        {"the right system beats the right layout alone", {{u"m1", 1, u"a-500", u"de-de", table_sending_a_as(0x10)},
-                                                           {u"m2", 1, u"a-1200", u"en-us", table_sending_a_as(0x20)}}, 0x20},
-        {"a mapping of another device class is never chosen", {{u"m1", 2, u"a-1200", u"de-de", table_sending_a_as(0x10)}}, 0x7F},
-        {"a mapping without a class is never chosen", {{u"m1", std::nullopt, u"a-1200", u"de-de", table_sending_a_as(0x10)}}, 0x7F},
+        {"the right layout beats the first",
+         {{u"m1", 1, u"a-1200", u"en-us", table_sending_a_as(0x10)},
+          {u"m2", 1, u"A-1200", u"DE-DE", table_sending_a_as(0x20)}},
+         0x20},
+        {"neither layout: the first in the store's order",
+         {{u"m2", 1, u"a-1200", u"fr-fr", table_sending_a_as(0x20)},
+          {u"m1", 1, u"a-1200", u"en-us", table_sending_a_as(0x10)}},
+         0x10},
+        {"the right system beats the right layout alone",
+         {{u"m1", 1, u"a-500", u"de-de", table_sending_a_as(0x10)},
+          {u"m2", 1, u"a-1200", u"en-us", table_sending_a_as(0x20)}},
+         0x20},
+        {"a mapping of another device class is never chosen",
+         {{u"m1", 2, u"a-1200", u"de-de", table_sending_a_as(0x10)}},
+         0x7F},
+        {"a mapping without a class is never chosen",
+         {{u"m1", std::nullopt, u"a-1200", u"de-de", table_sending_a_as(0x10)}},
+         0x7F},
         {"any keyboard mapping is better than none", {{u"m1", 1, u"a-500", u"en-us", table_sending_a_as(0x10)}}, 0x10},
         {"an empty Data is no table", {{u"m1", 1, u"a-1200", u"de-de", {}}}, 0x7F},
         {"six bytes are one entry", {{u"m1", 1, u"a-1200", u"de-de", {0x41, 0x31, 0, 0, 0x41, 0x32}}}, 0x31},
@@ -124,7 +134,7 @@ TEST_F(KeyboardSettings, ConfigurableKeysDecideForTheirRawKeys) {
     test::KeyboardDriver standard(u"en-us");
     EXPECT_TRUE(is_key_at_default(standard.record(), 0x66, true));
     EXPECT_TRUE(all_keys_at_default(standard.record()));
-    test::KeyboardDriver moved(u"en-us", 0x01010041);  // Left Amiga on host key "A"
+    test::KeyboardDriver moved(u"en-us", 0x01010041); // Left Amiga on host key "A"
     EXPECT_FALSE(is_key_at_default(moved.record(), 0x66, true));
     EXPECT_TRUE(is_key_at_default(moved.record(), 0x67, true));
     EXPECT_FALSE(all_keys_at_default(moved.record()));

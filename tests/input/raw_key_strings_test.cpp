@@ -40,12 +40,14 @@ TEST(RawKeyStrings, TypingExamples) {
     const struct {
         std::u16string_view text, script;
     } rows[] = {
-        {u"Ab", u"KEY_RAW_DOWN 0x60 KEY_RAW_DOWN 0x20 KEY_RAW_UP 0x20 KEY_RAW_UP 0x60 KEY_RAW_DOWN 0x35 KEY_RAW_UP 0x35 "},
-        {u"AB", u"KEY_RAW_DOWN 0x60 KEY_RAW_DOWN 0x20 KEY_RAW_UP 0x20 KEY_RAW_DOWN 0x35 KEY_RAW_UP 0x35 KEY_RAW_UP 0x60 "},
+        {u"Ab",
+         u"KEY_RAW_DOWN 0x60 KEY_RAW_DOWN 0x20 KEY_RAW_UP 0x20 KEY_RAW_UP 0x60 KEY_RAW_DOWN 0x35 KEY_RAW_UP 0x35 "},
+        {u"AB",
+         u"KEY_RAW_DOWN 0x60 KEY_RAW_DOWN 0x20 KEY_RAW_UP 0x20 KEY_RAW_DOWN 0x35 KEY_RAW_UP 0x35 KEY_RAW_UP 0x60 "},
         {u"a\n", u"KEY_RAW_DOWN 0x20 KEY_RAW_UP 0x20 KEY_RAW_DOWN 0x44 KEY_RAW_UP 0x44 "},
         {u"A\tb", u"KEY_RAW_DOWN 0x60 KEY_RAW_DOWN 0x20 KEY_RAW_UP 0x20 KEY_RAW_UP 0x60 KEY_RAW_DOWN 0x42 "
                   u"KEY_RAW_UP 0x42 KEY_RAW_DOWN 0x35 KEY_RAW_UP 0x35 "},
-        {u"\r\x01", u""},  // other control characters are left out
+        {u"\r\x01", u""}, // other control characters are left out
         {u"", u""},
     };
     test::KeyboardDriver driver(u"en-us");
@@ -101,7 +103,7 @@ TEST(RawKeyStrings, Combinations) {
         {u"+", 1, u"KEY_RAW_DOWN 0x60 KEY_RAW_DOWN 0xC "},
         {u"plus", 2, u"KEY_RAW_UP 0x60 KEY_RAW_UP 0xC "},
         {u" control + f10 ", 1, u"KEY_RAW_DOWN 0x63 KEY_RAW_DOWN 0x59 "},
-        {u"CONTROL+NO SUCH KEY+A", 1, u"KEY_RAW_DOWN 0x63 "},  // an unknown token ends the list
+        {u"CONTROL+NO SUCH KEY+A", 1, u"KEY_RAW_DOWN 0x63 "}, // an unknown token ends the list
         {u"NUMPAD (", 1, u"KEY_RAW_DOWN 0x5A "},
         {u"\u00e1", 1, u"KEY_RAW_DOWN 0x64 KEY_RAW_DOWN 0x23 KEY_RAW_DOWN 0x20 "},
         {u"", 2, u""},

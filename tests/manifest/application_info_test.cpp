@@ -34,7 +34,7 @@ TEST(ApplicationInfo, LinesForTheConfiguration) {
         {"<system>a-9000</system><rom>130</rom>", u"ROM: Amiga 1.3\r\nCPU: 68000\r\n"},
         {"<system>a-1200</system><peripheral type=\"80386\">cpu</peripheral>",
          u"Model: Amiga 1200\r\nROM: Amiga 3.1\r\n"},
-        {"<rom>310-a1200</rom>", u""},  // no model: no text
+        {"<rom>310-a1200</rom>", u""}, // no model: no text
     };
     for (const auto& row : rows) {
         std::u16string text = u"stale";

@@ -23,12 +23,12 @@ TEST(BootTag, EveryTypesRules) {
     const struct {
         std::string_view tag, type;
         HResult expected;
-        std::u16string_view path;  // below the root
+        std::u16string_view path; // below the root
     } cases[] = {
         {"310", "adf", status::ok, u"Shared\\adf\\amiga-os-310-workbench.adf"},
         {"mydisk", "ADF", status::ok, u"Shared\\adf\\mydisk.adf"},
-        {"aros-latest", "adf", status::ok, u"Shared\\adf\\aros-latest.adf"},  // no AROS disk there
-        {"310", "hdf", status::ok, u"Shared\\hdf\\workbench-310.hdf"},         // although 310.hdf exists
+        {"aros-latest", "adf", status::ok, u"Shared\\adf\\aros-latest.adf"}, // no AROS disk there
+        {"310", "hdf", status::ok, u"Shared\\hdf\\workbench-310.hdf"},       // although 310.hdf exists
         {"mydisk", "hdf", status::ok, u"Shared\\hdf\\mydisk.hdf"},
         {"other", "Hdf", status::ok, u"Shared\\hdf\\workbench-other.hdf"},
         {"3x0", "dir", status::ok, u"Shared\\dir\\System"},
@@ -51,7 +51,8 @@ TEST(BootTag, TheNewestArosBootDisk) {
                                            u"aros-20130502-extra.adf", u"AROS-20121231-BOOT.ADF"})
         root.create_file(u"Shared\\adf\\" + std::u16string(name));
     std::u16string path;
-    ASSERT_EQ(boot_tag_path(manifest_with_boot("aros-latest", "adf").c_str(), root.path() + u"\\", 0, path), status::ok);
+    ASSERT_EQ(boot_tag_path(manifest_with_boot("aros-latest", "adf").c_str(), root.path() + u"\\", 0, path),
+              status::ok);
     EXPECT_EQ(path, root.path() + u"\\Shared\\adf\\aros-20130502-boot.adf") << test::printable(path);
 
     const test::TempFolder versions;
@@ -63,7 +64,8 @@ TEST(BootTag, TheNewestArosBootDisk) {
 
 TEST(BootTag, ManifestFailures) {
     std::u16string path;
-    const HResult no_boot = boot_tag_path("<kq9><application><configuration/></application></kq9>", u"C:\\Data", 0, path);
+    const HResult no_boot =
+        boot_tag_path("<kq9><application><configuration/></application></kq9>", u"C:\\Data", 0, path);
     EXPECT_LT(no_boot, 0);
     EXPECT_LT(boot_tag_path("<kq9><application><configuration><boot>310</boot></configuration></application></kq9>",
                             u"C:\\Data", 0, path),

@@ -45,16 +45,16 @@ TEST(Configuration, DefaultsWhenTheManifestIsSilent) {
 }
 
 TEST(Configuration, ReadsWhatTheManifestNames) {
-    const ManifestDocument document = load(
-        "<system>A-3000</system><video>NTSC</video><ram type=\"chip\">2097152</ram>"
-        "<peripheral type=\"68060\" speed=\"MAX\">cpu</peripheral>"
-        "<peripheral mode=\"parallel\">ppc</peripheral>"
-        "<peripheral fpu=\"true\" memory=\"8388608\">jit</peripheral>"
-        "<peripheral type=\"ecs\">agnus</peripheral>"
-        "<peripheral type=\"RTL8029\">network</peripheral><peripheral type=\"es1370\">audio</peripheral>"
-        "<peripheral type=\"a4091\">scsi</peripheral><peripheral layout=\"de-de\">keyboard</peripheral>"
-        "<compatibility>turbo-cpu</compatibility><compatibility>jit</compatibility>"
-        "<compatibility>no-such-switch</compatibility><compatibility>HOSTIO</compatibility>");
+    const ManifestDocument document =
+        load("<system>A-3000</system><video>NTSC</video><ram type=\"chip\">2097152</ram>"
+             "<peripheral type=\"68060\" speed=\"MAX\">cpu</peripheral>"
+             "<peripheral mode=\"parallel\">ppc</peripheral>"
+             "<peripheral fpu=\"true\" memory=\"8388608\">jit</peripheral>"
+             "<peripheral type=\"ecs\">agnus</peripheral>"
+             "<peripheral type=\"RTL8029\">network</peripheral><peripheral type=\"es1370\">audio</peripheral>"
+             "<peripheral type=\"a4091\">scsi</peripheral><peripheral layout=\"de-de\">keyboard</peripheral>"
+             "<compatibility>turbo-cpu</compatibility><compatibility>jit</compatibility>"
+             "<compatibility>no-such-switch</compatibility><compatibility>HOSTIO</compatibility>");
     EXPECT_EQ(read_cpu(document).id, u"68060");
     EXPECT_TRUE(read_cpu(document).max_speed);
     EXPECT_EQ(read_fpu(document), u"") << "another CPU than the model's: no default FPU";
@@ -79,7 +79,7 @@ TEST(Configuration, FpuDefaultNeedsTheModelsOwnCpuWithItsLetterCase) {
     } rows[] = {
         {"<system>a-3000</system>", u"68882"},
         {"<system>a-3000</system><peripheral type=\"68030\">cpu</peripheral>", u"68882"},
-        {"<system>a-1200</system><peripheral type=\"68ec020\">cpu</peripheral>", u""},  // not "68EC020"
+        {"<system>a-1200</system><peripheral type=\"68ec020\">cpu</peripheral>", u""}, // not "68EC020"
         {"<system>a-3000</system><peripheral type=\"68040\">cpu</peripheral>", u""},
         {"<system>a-1200</system><peripheral type=\"68881\">fpu</peripheral>", u"68881"},
     };
@@ -93,8 +93,7 @@ TEST(Configuration, SystemRomIsCompletedAndWrittenBack) {
         bool rewritten;
         const char* after;
     } rows[] = {
-        {"<system>a-1200</system><rom>310</rom>", u"310-a4000", true,
-         "<system>a-1200</system><rom>310-a4000</rom>"},
+        {"<system>a-1200</system><rom>310</rom>", u"310-a4000", true, "<system>a-1200</system><rom>310-a4000</rom>"},
         {"<system>a-1000</system><rom type=\"system\">110</rom>", u"110-ntsc", true,
          "<system>a-1000</system><rom type=\"system\">110-ntsc</rom>"},
         {"<system>a-1000</system><video>pal</video><rom>110</rom>", u"110-pal", true,
@@ -133,10 +132,9 @@ TEST(Configuration, WritersSetTheirElements) {
          "<system>a-1200</system><ram type=\"chip\">1048576</ram>"},
         {"system ROM replaces the untyped one", "<rom>310</rom>",
          [](ManifestDocument& d) { return write_system_rom(d, u"3x0-a1200"); }, "<rom>3x0-a1200</rom>"},
-        {"system ROM created", "",
-         [](ManifestDocument& d) { return write_system_rom(d, u"120"); }, "<rom type=\"system\">120</rom>"},
-        {"CPU at full speed", "",
-         [](ManifestDocument& d) { return write_cpu(d, u"68030", true); },
+        {"system ROM created", "", [](ManifestDocument& d) { return write_system_rom(d, u"120"); },
+         "<rom type=\"system\">120</rom>"},
+        {"CPU at full speed", "", [](ManifestDocument& d) { return write_cpu(d, u"68030", true); },
          "<peripheral type=\"68030\" speed=\"max\">cpu</peripheral>"},
         {"CPU at real speed", "<peripheral type=\"68030\" speed=\"max\">cpu</peripheral>",
          [](ManifestDocument& d) { return write_cpu(d, u"68020", false); },

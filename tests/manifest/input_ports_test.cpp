@@ -11,9 +11,8 @@ TEST(InputPorts, DefaultsKindsAndMultitap) {
         std::uint32_t port;
         PortContent content;
     } rows[] = {
-        {u"A-CD32", 0, PortContent::joypad}, {u"a-cd32", 1, PortContent::empty},
-        {u"a-cdtv", 0, PortContent::joystick}, {u"a-1200", 0, PortContent::mouse},
-        {u"a-9000", 0, PortContent::mouse},  {u"a-500", 2, PortContent::empty},
+        {u"A-CD32", 0, PortContent::joypad}, {u"a-cd32", 1, PortContent::empty}, {u"a-cdtv", 0, PortContent::joystick},
+        {u"a-1200", 0, PortContent::mouse},  {u"a-9000", 0, PortContent::mouse}, {u"a-500", 2, PortContent::empty},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(default_port_content(row.model, row.port), row.content)

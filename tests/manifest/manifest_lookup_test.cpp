@@ -53,8 +53,8 @@ TEST_F(ManifestLookup, PathsFindElementsOnlyWithTheirStatuses) {
     } rows[] = {
         {"kq9/application/configuration/system", status::ok, u"a-1200"},
         {"kq9/application/media/cd", status::ok, u"<no text>"},
-        {"kq9/application/text", kElementNotFound, u""},  // a text node is never a segment
-        {"kq9/Application", kElementNotFound, u""},       // names compare exactly
+        {"kq9/application/text", kElementNotFound, u""}, // a text node is never a segment
+        {"kq9/Application", kElementNotFound, u""},      // names compare exactly
         {"kq9/application/configuration/system/x", kElementNotFound, u""},
         {"xadml/catalog/application", kElementNotFound, u""},
         {"kq9//application", kElementNotFound, u""},
@@ -63,8 +63,10 @@ TEST_F(ManifestLookup, PathsFindElementsOnlyWithTheirStatuses) {
     for (const auto& row : rows) {
         Element element = nullptr;
         EXPECT_EQ(document_.find_element_by_path(row.path, element), row.status) << row.path;
-        if (row.status == status::ok) EXPECT_EQ(text_of(element), row.text) << row.path;
-        else EXPECT_EQ(element, nullptr);
+        if (row.status == status::ok)
+            EXPECT_EQ(text_of(element), row.text) << row.path;
+        else
+            EXPECT_EQ(element, nullptr);
     }
     ManifestDocument empty;
     Element element = nullptr;
@@ -138,12 +140,12 @@ TEST_F(ManifestLookup, MediaDefaultToEmbedded) {
         std::optional<std::u16string_view> file_name, root;
         std::u16string_view found;
     } rows[] = {
-        {u"GAME.ADF", std::nullopt, u"Game.adf"},  // no "root" is embedded
+        {u"GAME.ADF", std::nullopt, u"Game.adf"}, // no "root" is embedded
         {u"game.adf", u"embedded", u"Game.adf"},
         {u"disk2.adf", std::nullopt, u"disk2.adf"},
         {u"system.hdf", std::nullopt, u"<none>"},
-        {u"anything", u"shared", u"system.hdf"},  // shared media match by root alone
-        {std::nullopt, std::nullopt, u"<no text>"},  // no name matches a medium without text
+        {u"anything", u"shared", u"system.hdf"},    // shared media match by root alone
+        {std::nullopt, std::nullopt, u"<no text>"}, // no name matches a medium without text
         {u"game.adf", u"other", u"<none>"},
     };
     for (const auto& row : rows) {
@@ -167,14 +169,11 @@ TEST_F(ManifestLookup, ChildrenAndMatches) {
         std::u16string_view expected;
         bool matches;
     } rows[] = {
-        {"harddrive", nullptr, u"", true},
-        {"floppy", nullptr, u"", false},
-        {nullptr, "root", u"SHARED", true},
-        {nullptr, "root", u"embedded", false},
-        {nullptr, "root", u"", true},        // present, nothing expected
-        {nullptr, "missing", u"", true},     // missing, nothing expected
-        {nullptr, "missing", u"x", false},
-        {"harddrive", "root", u"shared", true},
+        {"harddrive", nullptr, u"", true},  {"floppy", nullptr, u"", false},
+        {nullptr, "root", u"SHARED", true}, {nullptr, "root", u"embedded", false},
+        {nullptr, "root", u"", true},    // present, nothing expected
+        {nullptr, "missing", u"", true}, // missing, nothing expected
+        {nullptr, "missing", u"x", false},  {"harddrive", "root", u"shared", true},
     };
     for (const auto& row : rows)
         EXPECT_EQ(match_element(shared, row.name, row.attribute, row.expected), row.matches)

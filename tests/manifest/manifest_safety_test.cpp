@@ -74,8 +74,7 @@ TEST(ManifestSafety, EntityExpansionBombsFailWithAStatus) {
     const std::string big = "<!DOCTYPE kq9 [<!ENTITY big \"" + std::string(50'000, 'x') + "\">]>";
     std::string repeated;
     for (int i = 0; i < 50'000; ++i) repeated += "&big;";
-    const std::string bombs[] = {laughs, big + "<kq9>" + repeated + "</kq9>",
-                                 big + "<kq9 a=\"" + repeated + "\"/>"};
+    const std::string bombs[] = {laughs, big + "<kq9>" + repeated + "</kq9>", big + "<kq9 a=\"" + repeated + "\"/>"};
     for (const std::string& bomb : bombs) {
         ManifestDocument document;
         EXPECT_EQ(document.load(bomb.c_str()), kMalformedDocument) << bomb.substr(0, 60);
@@ -94,11 +93,9 @@ TEST(ManifestSafety, BrokenDocumentsFailAndLeaveTheDocumentEmpty) {
         EXPECT_TRUE(document.is_empty());
     }
     const char* broken[] = {
-        "<kq9>caf\xC3\x28</kq9>",                      // not UTF-8
-        "<kq9>\xFF\xFE</kq9>",
-        "<kq9><a></b></kq9>",
-        "<kq9>&undefined;</kq9>",
-        "<?xml version=\"1.0\" encoding=\"no-such-charset\"?><kq9/>",
+        "<kq9>caf\xC3\x28</kq9>", // not UTF-8
+        "<kq9>\xFF\xFE</kq9>",    "<kq9><a></b></kq9>",
+        "<kq9>&undefined;</kq9>", "<?xml version=\"1.0\" encoding=\"no-such-charset\"?><kq9/>",
         "<kq9/><second/>",
     };
     for (const char* source : broken) {
@@ -112,8 +109,7 @@ TEST(ManifestSafety, BrokenDocumentsFailAndLeaveTheDocumentEmpty) {
 
 TEST(ManifestSafety, DeclaredEightBitEncodingsAreRead) {
     ManifestDocument document;
-    ASSERT_EQ(document.load("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><kq9>caf\xE9</kq9>"),
-              status::ok);
+    ASSERT_EQ(document.load("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><kq9>caf\xE9</kq9>"), status::ok);
     EXPECT_EQ(element_text(document.find_element_by_path("kq9")), u"caf\u00e9");
 }
 

@@ -34,33 +34,31 @@ constexpr const char* kSource =
 
 // Expected output, written by hand from the layout rules. The prefixed element with content
 // closes without its prefix, as the module's writer always has.
-const std::string kBody = std::string() +
-    "<kq9 xmlns=\"urn:kq9\" xmlns:x=\"urn:extra\">\r\n"
-    "\t<application user-edited=\"true\">\r\n"
-    "\t\t<description x:lang=\"fr\">@DESCRIPTION@</description>\r\n"
-    "\t\t<publisher>Mervane &amp; Co</publisher>\r\n"
-    "\t\t<empty/>\r\n"
-    "\t\t<blank></blank>\r\n"
-    "\t\t<mixed>\r\n"
-    "\t\t\thead\r\n"
-    "\t\t\t<b>bold</b>\r\n"
-    "tail\t\t</mixed>\r\n"
-    "\t\t<x:note x:a=\"it's\">hi</note>\r\n"
-    "\t\t<x:ext/>\r\n"
-    "\t\t<configuration>\r\n"
-    "\t\t\t<system>a-1200</system>\r\n"
-    "\t\t\t<peripheral type=\"68030\" speed=\"max\">cpu</peripheral>\r\n"
-    "\t\t</configuration>\r\n"
-    "\t</application>\r\n"
-    "</kq9>\r\n";
+const std::string kBody = std::string() + "<kq9 xmlns=\"urn:kq9\" xmlns:x=\"urn:extra\">\r\n"
+                                          "\t<application user-edited=\"true\">\r\n"
+                                          "\t\t<description x:lang=\"fr\">@DESCRIPTION@</description>\r\n"
+                                          "\t\t<publisher>Mervane &amp; Co</publisher>\r\n"
+                                          "\t\t<empty/>\r\n"
+                                          "\t\t<blank></blank>\r\n"
+                                          "\t\t<mixed>\r\n"
+                                          "\t\t\thead\r\n"
+                                          "\t\t\t<b>bold</b>\r\n"
+                                          "tail\t\t</mixed>\r\n"
+                                          "\t\t<x:note x:a=\"it's\">hi</note>\r\n"
+                                          "\t\t<x:ext/>\r\n"
+                                          "\t\t<configuration>\r\n"
+                                          "\t\t\t<system>a-1200</system>\r\n"
+                                          "\t\t\t<peripheral type=\"68030\" speed=\"max\">cpu</peripheral>\r\n"
+                                          "\t\t</configuration>\r\n"
+                                          "\t</application>\r\n"
+                                          "</kq9>\r\n";
 
 std::string with_description(std::string text, std::string_view description) {
     text.replace(text.find("@DESCRIPTION@"), 13, description);
     return text;
 }
 
-std::string saved(const ManifestDocument& document, Encoding encoding,
-                  Layout layout = Layout::indented) {
+std::string saved(const ManifestDocument& document, Encoding encoding, Layout layout = Layout::indented) {
     std::string out;
     EXPECT_EQ(document.save(encoding, &out, layout), status::ok);
     return out;

@@ -108,7 +108,7 @@ TEST(RomFiles, ShortLegacyIdsAreCompleted) {
         std::optional<std::u16string_view> video;
         std::optional<std::u16string_view> normalized;
     } rows[] = {
-        {u"110", u"a-1000", std::nullopt, u"110-ntsc"},  // no video on the A1000 counts as NTSC
+        {u"110", u"a-1000", std::nullopt, u"110-ntsc"}, // no video on the A1000 counts as NTSC
         {u"110", u"a-1000", u"pal", u"110-pal"},
         {u"110", u"a-500", std::nullopt, u"110-pal"},
         {u"110", u"a-500", u"NTSC", u"110-ntsc"},

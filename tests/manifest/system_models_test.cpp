@@ -13,14 +13,13 @@ using Sizes = std::vector<std::uint32_t>;
 using Ids = std::vector<std::u16string_view>;
 
 // The memory lists and ROM tables, written out again from the model description.
-const Sizes chip1{1 * M, 1536 * K, 2 * M}, chip2{256 * K, 512 * K}, chip3{512 * K, 1 * M, 2 * M},
-    chip4{2 * M}, chip5{2 * M, 4 * M, 8 * M}, chip6{1 * M, 2 * M};
+const Sizes chip1{1 * M, 1536 * K, 2 * M}, chip2{256 * K, 512 * K}, chip3{512 * K, 1 * M, 2 * M}, chip4{2 * M},
+    chip5{2 * M, 4 * M, 8 * M}, chip6{1 * M, 2 * M};
 const Sizes fast1{0, 1 * M, 2 * M, 4 * M, 8 * M}, fast2{0, 1 * M, 2 * M, 4 * M, 8 * M, 16 * M, 32 * M, 64 * M};
 const Sizes slow1{0}, slow2{0, 256 * K, 512 * K};
-const Ids roms_a500{u"120", u"130", u"204", u"205-a600", u"300-a1200", u"310-a600", u"3x0-a600",
-                    u"logica-dialoga-200"};
-const Ids roms_a600{u"120", u"130-a3000", u"204", u"205-a600", u"300-a1200", u"310-a600", u"3x0-a600",
-                    u"logica-dialoga-200"};
+const Ids roms_a500{u"120", u"130", u"204", u"205-a600", u"300-a1200", u"310-a600", u"3x0-a600", u"logica-dialoga-200"};
+const Ids roms_a600{u"120",       u"130-a3000", u"204",      u"205-a600",
+                    u"300-a1200", u"310-a600",  u"3x0-a600", u"logica-dialoga-200"};
 
 struct ExpectedModel {
     std::u16string_view id, display, rom, cpu, fpu;
@@ -101,9 +100,8 @@ TEST(SystemModels, EveryRowAsDescribed) {
 
 TEST(SystemModels, Z3AndCpuBoardListsFollowCpuAndRom) {
     const Sizes z3_small{0, 1 * M, 2 * M, 4 * M, 8 * M, 16 * M, 32 * M, 64 * M, 128 * M};
-    const Sizes z3_large{0,       1 * M,   2 * M,   4 * M,   8 * M,    16 * M,   32 * M,
-                         64 * M,  128 * M, 256 * M, 384 * M, 512 * M,  768 * M,  896 * M,
-                         960 * M, 1024 * M, 1536 * M, 1664 * M, 1728 * M, 1792 * M};
+    const Sizes z3_large{0,       1 * M,   2 * M,   4 * M,   8 * M,   16 * M,   32 * M,   64 * M,   128 * M,  256 * M,
+                         384 * M, 512 * M, 768 * M, 896 * M, 960 * M, 1024 * M, 1536 * M, 1664 * M, 1728 * M, 1792 * M};
     const Sizes board1{0, 8 * M, 16 * M, 32 * M, 64 * M, 128 * M, 256 * M, 512 * M};
     const Sizes board2{8 * M, 16 * M, 32 * M, 64 * M, 128 * M, 256 * M, 512 * M};
     const Sizes none{0};
@@ -118,14 +116,14 @@ TEST(SystemModels, Z3AndCpuBoardListsFollowCpuAndRom) {
         {u"a-4000", u"68EC020", std::nullopt, none, 0, none, 0},
         {u"a-4000", u"68030", std::nullopt, z3_large, 0, board1, 0},
         {u"a-4000", std::nullopt, std::nullopt, z3_large, 0, board1, 0},
-        {u"a-1200", std::nullopt, std::nullopt, none, 0, none, 0},  // 68EC020 is not 32-bit
+        {u"a-1200", std::nullopt, std::nullopt, none, 0, none, 0}, // 68EC020 is not 32-bit
         {u"a-1200", u"68030", std::nullopt, z3_small, 0, board1, 0},
-        {u"a-1200", u"68030", u"130-a3000", z3_small, 0, none, 0},  // ROM below 3.0
+        {u"a-1200", u"68030", u"130-a3000", z3_small, 0, none, 0}, // ROM below 3.0
         {u"a-500", u"68040", u"310-a600", none, 0, board1, 0},
         {u"a-4xxx", std::nullopt, std::nullopt, z3_large, 64 * M, board2, 16 * M},
         {u"a-4xxx", std::nullopt, u"120", z3_large, 64 * M, none, 0},
         {u"a-4xxx", u"68000", std::nullopt, none, 0, none, 0},
-        {u"a-aros", std::nullopt, std::nullopt, z3_large, 64 * M, board2, 16 * M},  // aros is 3.95
+        {u"a-aros", std::nullopt, std::nullopt, z3_large, 64 * M, board2, 16 * M}, // aros is 3.95
         {u"a-whdload", u"68LC040", u"3x0-a4000", z3_large, 64 * M, board2, 16 * M},
         {u"a-3000", std::nullopt, std::nullopt, z3_small, 0, board1, 0},
     };

@@ -55,7 +55,8 @@ TEST_F(AnalysisOracle, XdmsUnpacksTheTestArchives) {
 TEST_F(AnalysisOracle, GenisoimageLabels) {
     folder_.create_file(u"content\\readme.txt", "a file on the disc");
     std::string output;
-    ASSERT_EQ(run_shell("genisoimage -quiet -V AMIGA_CD -o '" + native(u"disc.iso") + "' '" + native(u"content") + "'", &output),
+    ASSERT_EQ(run_shell("genisoimage -quiet -V AMIGA_CD -o '" + native(u"disc.iso") + "' '" + native(u"content") + "'",
+                        &output),
               0)
         << output;
     MediumAnalysis analysis;

@@ -18,7 +18,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string as_text(const test::Bytes& bytes) { return std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size()); }
+std::string as_text(const test::Bytes& bytes) {
+    return std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+}
 
 class CopyMedium : public ::testing::Test {
 protected:
@@ -77,7 +79,8 @@ TEST_F(CopyMedium, FlagsThatDecideWhetherAndWhere) {
     source_.create_file(u"Game.adf", "new");
     target_.create_file(u"Game.adf", "old");
     std::u16string target;
-    EXPECT_EQ(copy(u"Game.adf", kCopyMediumNoOverwrite, target), status::from_win32(platform::system_error::file_exists));
+    EXPECT_EQ(copy(u"Game.adf", kCopyMediumNoOverwrite, target),
+              status::from_win32(platform::system_error::file_exists));
     EXPECT_EQ(target_content(u"Game.adf"), "old");
     EXPECT_EQ(copy(u"Game.adf", kCopyMediumSkipSameName, target), status::nothing_more);
     EXPECT_EQ(target_content(u"Game.adf"), "old");

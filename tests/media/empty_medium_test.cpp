@@ -35,11 +35,11 @@ TEST(AmigaDate, FromLocalTime) {
         AmigaDate expected;
     } cases[] = {
         {k1978, {0, 0, 0}},
-        {k1978 + (86400 + 60) * kTicksPerSecond + kTicksPerSecond / 2, {1, 1, 25}},  // 1978-01-02 00:01:00.5
+        {k1978 + (86400 + 60) * kTicksPerSecond + kTicksPerSecond / 2, {1, 1, 25}}, // 1978-01-02 00:01:00.5
         {k1978 + 86399 * kTicksPerSecond + kTicksPerSecond * 99 / 100, {0, 1439, 2999}},
         // 2024-01-01 12:00:00, the date the templates carry.
         {k1978 + (16801ull * 86400 + 720 * 60) * kTicksPerSecond, {16801, 720, 0}},
-        {k1978 - 1, {0, 0, 0}},  // before the epoch
+        {k1978 - 1, {0, 0, 0}}, // before the epoch
     };
     for (const auto& c : cases) EXPECT_EQ(amiga_date(c.time), c.expected) << c.time;
 }
@@ -86,7 +86,7 @@ TEST_F(EmptyMedium, KindsAndArguments) {
     } cases[] = {
         {0, 0, status::ok, 901120},
         {0, 1, status::ok, 1802240},
-        {0, 0x100, status::ok, 901120},  // only the low byte counts
+        {0, 0x100, status::ok, 901120}, // only the low byte counts
         {0, 0x1FF01, status::ok, 1802240},
         {0, 2, status::invalid_argument, 0},
         {0, 0xFF, status::invalid_argument, 0},
@@ -188,8 +188,11 @@ TEST_F(EmptyMedium, BlankDiskNames) {
     const struct {
         std::u16string_view field;
         std::u16string_view name;
-    } sizes[] = {{u"20", u"a-20mb-empty.hdf"}, {u"512 MB", u"a-512mb-empty.hdf"}, {u"x20", u"a-0mb-empty.hdf"},
-                 {u"", u"a-0mb-empty.hdf"},    {u" 20", u"a-0mb-empty.hdf"}};
+    } sizes[] = {{u"20", u"a-20mb-empty.hdf"},
+                 {u"512 MB", u"a-512mb-empty.hdf"},
+                 {u"x20", u"a-0mb-empty.hdf"},
+                 {u"", u"a-0mb-empty.hdf"},
+                 {u" 20", u"a-0mb-empty.hdf"}};
     for (const auto& s : sizes) EXPECT_EQ(blank_hard_disk_name(s.field), s.name) << test::printable(s.field);
 
     // Proposals: the picked folder or the shared one, a floppy made from its template.
@@ -198,7 +201,8 @@ TEST_F(EmptyMedium, BlankDiskNames) {
     EXPECT_EQ(proposal.folder, u"C:\\Data\\Shared\\hdf\\");
     EXPECT_EQ(proposal.name, u"a-40mb-empty.hdf");
     EXPECT_TRUE(proposal.empty_medium.empty());
-    ASSERT_EQ(propose_blank_disk(BlankDiskKind::none, u"C:\\Data\\", folder.path(), u"", nullptr, proposal), status::ok);
+    ASSERT_EQ(propose_blank_disk(BlankDiskKind::none, u"C:\\Data\\", folder.path(), u"", nullptr, proposal),
+              status::ok);
     EXPECT_EQ(proposal.folder, target);
     EXPECT_EQ(proposal.name, u"a-dd-ofs-empty(3).adf");
     ASSERT_FALSE(proposal.empty_medium.empty());

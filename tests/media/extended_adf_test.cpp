@@ -101,10 +101,8 @@ HResult read_table(const Bytes& file, ExtendedAdfTable& table) {
 }
 
 TEST(ExtendedAdfTable, NewerLayout) {
-    const Bytes file = test::extended_adf({{0, 1, Bytes(5632), 45056},
-                                           {1, 1, Bytes(12668), 101344},
-                                           {1, 3, Bytes(25000), 199999},
-                                           {0, 1, {}, 0}});
+    const Bytes file = test::extended_adf(
+        {{0, 1, Bytes(5632), 45056}, {1, 1, Bytes(12668), 101344}, {1, 3, Bytes(25000), 199999}, {0, 1, {}, 0}});
     ExtendedAdfTable table;
     ASSERT_EQ(read_table(file, table), status::ok);
     ASSERT_EQ(table.track_count(), 4u);
@@ -165,8 +163,18 @@ TEST(ExtendedAdfTable, RefusedFiles) {
     } cases[] = {
         {"no tracks", test::extended_adf({})},
         {"plain ADF", Bytes(901120)},
-        {"other signature", Bytes{std::byte{'U'}, std::byte{'A'}, std::byte{'E'}, std::byte{'-'}, std::byte{'2'},
-                                  std::byte{'A'}, std::byte{'D'}, std::byte{'F'}, {}, {}, {}, std::byte{1}}},
+        {"other signature", Bytes{std::byte{'U'},
+                                  std::byte{'A'},
+                                  std::byte{'E'},
+                                  std::byte{'-'},
+                                  std::byte{'2'},
+                                  std::byte{'A'},
+                                  std::byte{'D'},
+                                  std::byte{'F'},
+                                  {},
+                                  {},
+                                  {},
+                                  std::byte{1}}},
         {"empty file", {}},
         {"header cut short", Bytes(one_track.begin(), one_track.begin() + 10)},
         {"table cut short", Bytes(one_track.begin(), one_track.begin() + 20)},

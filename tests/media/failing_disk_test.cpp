@@ -10,9 +10,9 @@
 // allowed, a folder without write permission for a user other than root.
 
 #include "common/utf.h"
+#include "media/compression/inflate.h"
 #include "media/copy_medium.h"
 #include "media/empty_medium.h"
-#include "media/compression/inflate.h"
 #include "media/runtime_medium.h"
 #include "platform/files.h"
 #include "platform/native/native_controls.h"
@@ -47,7 +47,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr rlim_t kLimitBytes = 16384;      // what a write may still add: the disk is nearly full
-constexpr std::size_t kImageBytes = 98304;  // 96 KB, well past the limit
+constexpr std::size_t kImageBytes = 98304; // 96 KB, well past the limit
 constexpr HResult kDiskFull = status::from_win32(112);
 constexpr HResult kAccessDenied = status::from_win32(platform::system_error::access_denied);
 constexpr HResult kWriteProtected = status::from_win32(19);
@@ -62,7 +62,9 @@ std::string noise(std::size_t size, unsigned seed) {
     return bytes;
 }
 
-std::string as_text(const test::Bytes& bytes) { return std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size()); }
+std::string as_text(const test::Bytes& bytes) {
+    return std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+}
 std::string gzip_of(const std::string& data) { return as_text(test::gzip_member(test::bytes_of(data))); }
 
 std::string inflated(const std::string& gzip) {
@@ -131,7 +133,8 @@ std::string make_read_only(const fs::path& folder) {
     const uid_t uid = getuid();
     const gid_t gid = getgid();
     if (unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0) {
-        if (!write_text("/proc/self/setgroups", "deny") || !write_text("/proc/self/uid_map", "0 " + std::to_string(uid) + " 1") ||
+        if (!write_text("/proc/self/setgroups", "deny") ||
+            !write_text("/proc/self/uid_map", "0 " + std::to_string(uid) + " 1") ||
             !write_text("/proc/self/gid_map", "0 " + std::to_string(gid) + " 1"))
             return std::string("user namespace without an id map: ") + std::strerror(errno);
         const char* path = folder.c_str();
@@ -260,7 +263,8 @@ TEST_F(FailingDisk, WriteBackOnAFullDiskKeepsImageCopyAndRecordForAnotherTry) {
         EXPECT_TRUE(same_bytes(test::read_file(images_.native(name)), stored)) << "the image is untouched";
         EXPECT_TRUE(same_bytes(test::read_file(test::to_fs_path(copy)), changed)) << "the copy stays";
         EXPECT_TRUE(exists(record_of(copy))) << "its record stays";
-        EXPECT_EQ(names_in(images_.native(u"")).size(), 1u) << "no side file beside the image: " << listing(images_.native(u""));
+        EXPECT_EQ(names_in(images_.native(u"")).size(), 1u)
+            << "no side file beside the image: " << listing(images_.native(u""));
 
         // With room again, the same call writes back and cleans up.
         EXPECT_EQ(dismiss_runtime_medium(copy, kWriteBackChanged), status::ok);
@@ -307,13 +311,13 @@ TEST_F(FailingDisk, CopiesOnAFullDiskLeaveNothingBehind) {
         std::u16string_view source;
         std::string content;
         std::uint32_t flags;
-        HResult expected;  // unpacking failures are reported as invalid data, whatever the cause
+        HResult expected; // unpacking failures are reported as invalid data, whatever the cause
     } cases[] = {
         {u"Game.adf", image, 0, kDiskFull},
         {u"Game.adz", gzip_of(image), 0, kDiskFull},
         {u"Game.adz", gzip_of(image), kCopyMediumConvert, kInvalidData},
         {u"Work.hdz", gzip_of(image), kCopyMediumConvert, kInvalidData},
-        {u"Game.dms", dms, kCopyMediumConvert, kInvalidData},  // 22,528 bytes unpacked
+        {u"Game.dms", dms, kCopyMediumConvert, kInvalidData}, // 22,528 bytes unpacked
         {u"Game.adf", image, kCopyMediumUniqueName, kDiskFull},
         // The first data file fits, the second does not: the sheet goes with both.
         {u"Disc.cue", "FILE \"Small.bin\" BINARY\nFILE \"Disc.bin\" BINARY\n", 0, kDiskFull},
@@ -374,7 +378,8 @@ TEST_F(FailingDisk, ReadOnlyFoldersRefuseWriteBackCopiesAndBlankMedia) {
         fs::path folder;
         std::function<HResult()> call;
     } cases[] = {
-        {"write-back of a plain image", images_.native(u""), [&] { return dismiss_runtime_medium(plain, kWriteBackChanged); }},
+        {"write-back of a plain image", images_.native(u""),
+         [&] { return dismiss_runtime_medium(plain, kWriteBackChanged); }},
         {"write-back of a compressed image", images_.native(u""),
          [&] { return dismiss_runtime_medium(compressed, kWriteBackChanged); }},
         {"a copy", target_.native(u""),

@@ -31,7 +31,8 @@ constexpr platform::FileTime amiga(std::uint64_t days, std::uint64_t minutes, st
 
 class Analysis : public ::testing::Test {
 protected:
-    MediumAnalysis analyse(std::u16string_view name, const Image& content, AnalysisFailure expected = AnalysisFailure::none) {
+    MediumAnalysis analyse(std::u16string_view name, const Image& content,
+                           AnalysisFailure expected = AnalysisFailure::none) {
         folder_.create_file(name, test::as_string(content));
         MediumAnalysis analysis;
         EXPECT_EQ(analyse_medium(folder_.path(name), analysis), expected) << test::printable(name);
@@ -49,11 +50,16 @@ TEST_F(Analysis, FloppyBootClasses) {
     } cases[] = {
         {"OFS that boots", {}, AnalysisClass::amigados_boot, u"Workbench"},
         {"FFS that boots", {.first_long = 0x444F5301, .name = "FFS Disk"}, AnalysisClass::amigados_boot, u"FFS Disk"},
-        {"international FFS (DOS\\3)", {.first_long = 0x444F5303, .name = "Intl"}, AnalysisClass::later_kickstart, u"Intl"},
+        {"international FFS (DOS\\3)",
+         {.first_long = 0x444F5303, .name = "Intl"},
+         AnalysisClass::later_kickstart,
+         u"Intl"},
         {"dir cache (DOS\\5)", {.first_long = 0x444F5305}, AnalysisClass::later_kickstart, u"Workbench"},
         {"data disk, no boot checksum", {.boot_checksum = false, .name = "Data"}, AnalysisClass::not_bootable, u"Data"},
-        {"custom boot block", {.first_long = 0x12345678, .boot_code = "custom loader", .root = false},
-         AnalysisClass::custom_boot, u""},
+        {"custom boot block",
+         {.first_long = 0x12345678, .boot_code = "custom loader", .root = false},
+         AnalysisClass::custom_boot,
+         u""},
         {"DOS boot block, no volume", {.boot_code = "trackloader", .root = false}, AnalysisClass::custom_boot, u""},
         {"high density", {.high_density = true, .name = "HD Disk"}, AnalysisClass::amigados_boot, u"HD Disk"},
         {"blank, not bootable", {.boot_checksum = false, .root = false}, AnalysisClass::not_bootable, u""},
@@ -102,8 +108,8 @@ TEST_F(Analysis, TheSameFloppyInEveryContainer) {
 TEST_F(Analysis, HardDisksWithAPartitionTable) {
     const Image disk = test::rdb_hard_disk(
         200, {{"DH0", "System", 1, 99, true, {16500, 10, 0}}, {"DH1", "Work", 100, 199, false, {16501, 11, 0}}});
-    for (const auto& [name, content, label] :
-         {std::tuple{u"disk.hdf", disk, u"Raw File"}, std::tuple{u"disk.HDZ", test::gzip_member(disk), u"HDF from HDZ"}}) {
+    for (const auto& [name, content, label] : {std::tuple{u"disk.hdf", disk, u"Raw File"},
+                                               std::tuple{u"disk.HDZ", test::gzip_member(disk), u"HDF from HDZ"}}) {
         const MediumAnalysis analysis = analyse(name, content);
         EXPECT_EQ(analysis.kind, MediumKind::hard_disk);
         EXPECT_EQ(analysis.analysis_class, AnalysisClass::later_kickstart);
@@ -145,8 +151,8 @@ TEST_F(Analysis, HardDisksWithoutAPartitionTable) {
     const Image moved = test::amiga_volume(20482, "Reserved", {16000, 0, 0});
     std::copy(moved.begin() + 10241 * 512, moved.begin() + 10242 * 512, reserved.begin() + 10241 * 512);
     folder_.create_file(u"reserved.hdf", test::as_string(reserved));
-    const std::optional<HardDiskNames> names =
-        read_hard_disk_names(folder_.path(u"reserved.hdf"), {.block_size = 512, .sectors = 32, .surfaces = 1, .reserved = 4});
+    const std::optional<HardDiskNames> names = read_hard_disk_names(
+        folder_.path(u"reserved.hdf"), {.block_size = 512, .sectors = 32, .surfaces = 1, .reserved = 4});
     ASSERT_TRUE(names.has_value());
     EXPECT_EQ(names->volume_name, u"Reserved");
 
@@ -166,19 +172,21 @@ TEST_F(Analysis, CompressedHardDisksAreReadOnlyAsFarAsNeeded) {
 }
 
 TEST_F(Analysis, CdImages) {
-    const MediumAnalysis plain = analyse(u"game.iso", test::iso_image({.volume = "CD32_GAME", .created = "1994031512000000"}));
+    const MediumAnalysis plain =
+        analyse(u"game.iso", test::iso_image({.volume = "CD32_GAME", .created = "1994031512000000"}));
     EXPECT_EQ(plain.kind, MediumKind::cd);
     EXPECT_EQ(plain.analysis_class, AnalysisClass::not_bootable);
     EXPECT_EQ(plain.volume_name, u"CD32_GAME");
-    EXPECT_EQ(plain.date, k1978 + ((5917ull * 86400) + 12 * 3600) * kTicksPerSecond);  // 1994-03-15 12:00:00
+    EXPECT_EQ(plain.date, k1978 + ((5917ull * 86400) + 12 * 3600) * kTicksPerSecond); // 1994-03-15 12:00:00
 
     // Through a CUE sheet: raw sectors, the data track after two seconds of an audio track.
     folder_.create_file(u"cd\\track.bin",
-                        test::as_string(test::iso_image({.volume = "CDTV", .created = "1991060100000000", .raw = true,
-                                                         .lead_sectors = 150})));
-    const MediumAnalysis cue = analyse(u"cd\\disc.cue", test::bytes_of("FILE \"track.bin\" BINARY\n"
-                                                                       "  TRACK 01 AUDIO\n    INDEX 01 00:00:00\n"
-                                                                       "  TRACK 02 MODE1/2352\n    INDEX 01 00:02:00\n"));
+                        test::as_string(test::iso_image(
+                            {.volume = "CDTV", .created = "1991060100000000", .raw = true, .lead_sectors = 150})));
+    const MediumAnalysis cue =
+        analyse(u"cd\\disc.cue", test::bytes_of("FILE \"track.bin\" BINARY\n"
+                                                "  TRACK 01 AUDIO\n    INDEX 01 00:00:00\n"
+                                                "  TRACK 02 MODE1/2352\n    INDEX 01 00:02:00\n"));
     EXPECT_EQ(cue.volume_name, u"CDTV");
     EXPECT_TRUE(cue.date.has_value());
     // A date left unspecified, and an image with no descriptor.
@@ -221,7 +229,8 @@ TEST_F(Analysis, IpfImagesThroughTheLibrary) {
 
 TEST_F(Analysis, WhatCannotBeRead) {
     MediumAnalysis analysis;
-    for (const std::u16string_view name : {u"missing.adf", u"missing.hdz", u"missing.dms", u"missing.iso", u"missing.cue"})
+    for (const std::u16string_view name :
+         {u"missing.adf", u"missing.hdz", u"missing.dms", u"missing.iso", u"missing.cue"})
         EXPECT_EQ(analyse_medium(folder_.path(name), analysis), AnalysisFailure::unreadable) << test::printable(name);
     // Readable files that are not what their names say: nothing known, no failure.
     for (const std::u16string_view name : {u"text.adz", u"text.dms", u"text.hdz"})

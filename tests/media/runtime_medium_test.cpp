@@ -26,7 +26,9 @@ namespace {
 namespace fs = std::filesystem;
 using test::to_fs_path;
 
-std::string as_text(const test::Bytes& bytes) { return std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size()); }
+std::string as_text(const test::Bytes& bytes) {
+    return std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+}
 
 class RuntimeMedium : public ::testing::Test {
 protected:
@@ -88,7 +90,8 @@ protected:
         const std::optional<std::u16string> folder = runtime_folder();
         std::error_code error;
         std::size_t count = 0;
-        for (fs::directory_iterator it(to_fs_path(*folder), error), end; !error && it != end; it.increment(error)) ++count;
+        for (fs::directory_iterator it(to_fs_path(*folder), error), end; !error && it != end; it.increment(error))
+            ++count;
         return count;
     }
 
@@ -104,7 +107,7 @@ TEST_F(RuntimeMedium, WhichImagesGetACopyAndItsName) {
         std::u16string_view name;
         std::string content;
         HResult expected;
-        std::u16string_view copy_name;  // after "<key>-"
+        std::u16string_view copy_name; // after "<key>-"
         std::string copy_content;
     } cases[] = {
         {u"Game.ADF", adf, status::ok, u"Game.ADF", adf},
@@ -142,7 +145,7 @@ TEST_F(RuntimeMedium, WhichImagesGetACopyAndItsName) {
 TEST_F(RuntimeMedium, ShortAndSeparatorlessPaths) {
     RuntimeMediumRequest request;
     std::u16string copy;
-    request.image_path = u".adf";  // four characters: too short to have a kind
+    request.image_path = u".adf"; // four characters: too short to have a kind
     EXPECT_EQ(make_runtime_medium(request, copy), status::nothing_more);
     request.image_path = u"x.adf";
     EXPECT_EQ(make_runtime_medium(request, copy), status::invalid_argument);
@@ -156,8 +159,7 @@ TEST_F(RuntimeMedium, TheRecordHoldsTheCopysTimeAndTheImagesPath) {
     const std::u16string image = images_.path(u"Game.adf");
     ASSERT_EQ(record.size(), 8 + 2 * image.size());
     const platform::FileTime time = platform::File::open_for_reading(copy)->last_write_time().value_or(0);
-    for (std::size_t i = 0; i < 8; ++i)
-        EXPECT_EQ(static_cast<unsigned char>(record[i]), time >> (8 * i) & 0xFF) << i;
+    for (std::size_t i = 0; i < 8; ++i) EXPECT_EQ(static_cast<unsigned char>(record[i]), time >> (8 * i) & 0xFF) << i;
     for (std::size_t i = 0; i < image.size(); ++i) {
         EXPECT_EQ(static_cast<unsigned char>(record[8 + 2 * i]), image[i] & 0xFF) << i;
         EXPECT_EQ(static_cast<unsigned char>(record[9 + 2 * i]), image[i] >> 8) << i;
@@ -175,7 +177,7 @@ TEST_F(RuntimeMedium, TheRecordHoldsTheCopysTimeAndTheImagesPath) {
 
 TEST_F(RuntimeMedium, CallerKeysAndWorkingCopyNames) {
     images_.create_file(u"Game.adf", "floppy");
-    const std::u16string key = u"0123456789ABCDEF0123456789abcdef-xyz";  // 36 characters
+    const std::u16string key = u"0123456789ABCDEF0123456789abcdef-xyz"; // 36 characters
     std::u16string copy;
     ASSERT_EQ(get(u"Game.adf", copy, 0, key), status::ok);
     EXPECT_EQ(copy, *runtime_folder() + key + u"-Game.adf");
@@ -186,10 +188,10 @@ TEST_F(RuntimeMedium, CallerKeysAndWorkingCopyNames) {
     EXPECT_FALSE(changed(copy));
 
     // Keys that would not name a working copy that can be found again.
-    for (const std::u16string_view bad : {std::u16string_view(u"0123456789ABCDEF0123456789abcdef-xy"),
-                                          std::u16string_view(u"0123456789ABCDEF0123456789abcdef-xyzw"),
-                                          std::u16string_view(u"0123456789ABCDEF0123456789abcdef\\xyz"),
-                                          std::u16string_view(u"")}) {
+    for (const std::u16string_view bad :
+         {std::u16string_view(u"0123456789ABCDEF0123456789abcdef-xy"),
+          std::u16string_view(u"0123456789ABCDEF0123456789abcdef-xyzw"),
+          std::u16string_view(u"0123456789ABCDEF0123456789abcdef\\xyz"), std::u16string_view(u"")}) {
         std::u16string none;
         EXPECT_EQ(get(u"Game.adf", none, 0, bad), status::invalid_argument) << test::printable(bad);
     }
@@ -197,8 +199,8 @@ TEST_F(RuntimeMedium, CallerKeysAndWorkingCopyNames) {
     // Check and dismiss take 36 characters and a hyphen after the last "\", nothing shorter.
     const std::u16string folder = *runtime_folder();
     bool is_changed = true;
-    for (const std::u16string& name :
-         {folder + u"0123456789ABCDEF0123456789abcdef-xy-Game.adf", folder + key, std::u16string(u"no-separator-at-all-0123456789012345678-x")}) {
+    for (const std::u16string& name : {folder + u"0123456789ABCDEF0123456789abcdef-xy-Game.adf", folder + key,
+                                       std::u16string(u"no-separator-at-all-0123456789012345678-x")}) {
         EXPECT_EQ(check_runtime_medium(name, is_changed), status::invalid_argument) << test::printable(name);
         EXPECT_EQ(dismiss_runtime_medium(name, kRuntimeMediumWriteBack), status::invalid_argument);
     }
@@ -228,7 +230,7 @@ TEST_F(RuntimeMedium, PathsTooLongAndMissingImages) {
     std::u16string copy;
     const std::u16string fits = std::u16string(longest_name - 4, u'n') + u".adf";
     std::u16string too_long(1, u'n');
-    too_long += fits;  // (appended: GCC 12 misreads a prepended literal as an overlapping copy)
+    too_long += fits; // (appended: GCC 12 misreads a prepended literal as an overlapping copy)
     EXPECT_EQ(get(too_long, copy), status::from_win32(platform::system_error::buffer_overflow));
     // The name that fits gets as far as copying the missing file.
     EXPECT_EQ(get(fits, copy), status::from_win32(platform::system_error::file_not_found));

@@ -1,8 +1,8 @@
 #include "module/error_report.h"
 
+#include "string_ids.h"
 #include "tests/support/fake_data_access_client.h"
 #include "tests/support/message_box_capture.h"
-#include "string_ids.h"
 #include "tests/support/test_paths.h"
 
 #include <gtest/gtest.h>
@@ -34,20 +34,18 @@ TEST(ErrorReport, EachStatusTakesItsOwnPath) {
         std::optional<Box> box;
         void* parent;
     } rows[] = {
-        {"missing IPF library", kIpfLibraryMissing, u"with-library", true, std::nullopt,
+        {"missing IPF library", kIpfLibraryMissing, u"with-library", true, std::nullopt, kParentWindow},
+        {"missing IPF library without host library", kIpfLibraryMissing, u"missing", false, std::nullopt,
          kParentWindow},
-        {"missing IPF library without host library", kIpfLibraryMissing, u"missing", false,
+        {"missing IPF library, host library without functions", kIpfLibraryMissing, u"without-entries", false,
          std::nullopt, kParentWindow},
-        {"missing IPF library, host library without functions", kIpfLibraryMissing,
-         u"without-entries", false, std::nullopt, kParentWindow},
         {"interface failure naming a text", interface_status(1, strings::empty_drive), u"with-library", false,
          Box{u"Empty", u"Add Media Files"}, nullptr},
         {"interface success naming a text", interface_status(0, strings::not_available), u"with-library", false,
          Box{u"N/A", u"Add Media Files"}, nullptr},
         {"template expanded, inserts kept", interface_status(1, strings::floppy_drive_template), u"with-library", false,
          Box{u"Floppy disk drive DF%1!d!:\r\n%2", u"Add Media Files"}, nullptr},
-        {"interface status naming no text", interface_status(1, 11), u"with-library", false,
-         std::nullopt, nullptr},
+        {"interface status naming no text", interface_status(1, 11), u"with-library", false, std::nullopt, nullptr},
         {"E_FAIL", status::failed, u"with-library", false, std::nullopt, nullptr},
         {"a Windows error", status::from_win32(2), u"with-library", false, std::nullopt, nullptr},
     };
@@ -61,7 +59,7 @@ TEST(ErrorReport, EachStatusTakesItsOwnPath) {
         EXPECT_EQ(log.show_calls, row.reaches_host ? 1 : 0);
         if (row.reaches_host) {
             EXPECT_EQ(std::u16string_view(log.context), u"file.ipf");
-            EXPECT_EQ(log.error_code, 0x80070485u);  // HRESULT_FROM_WIN32(ERROR_DLL_NOT_FOUND)
+            EXPECT_EQ(log.error_code, 0x80070485u); // HRESULT_FROM_WIN32(ERROR_DLL_NOT_FOUND)
             EXPECT_EQ(log.parent_window, row.parent);
             EXPECT_EQ(std::u16string_view(log.text), u"IPF Support Library Not Found");
             EXPECT_EQ(log.flags, 0u);

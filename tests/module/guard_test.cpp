@@ -17,8 +17,7 @@ TEST(Guard, TurnsEveryExceptionIntoAStatus) {
 
 TEST(Status, Win32CodesAndFacilities) {
     EXPECT_EQ(status::from_win32(0), status::ok);
-    EXPECT_EQ(static_cast<std::uint32_t>(status::from_win32(platform::system_error::dll_not_found)),
-              0x80070485u);
+    EXPECT_EQ(static_cast<std::uint32_t>(status::from_win32(platform::system_error::dll_not_found)), 0x80070485u);
     EXPECT_EQ(static_cast<std::uint32_t>(status::from_win32(platform::system_error::not_found)), 0x80070490u);
     EXPECT_EQ(status::facility(0x00040000), status::kFacilityInterface);
     EXPECT_EQ(status::facility(static_cast<HResult>(0x80040203u)), 4u);

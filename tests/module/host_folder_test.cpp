@@ -13,7 +13,7 @@ TEST(HostFolder, IsTheParentOfTheModuleFolderCutByPosition) {
         {u"X\\Platforms\\Amiga\\file.dll", u"X\\Platforms"},
         {u"C:\\Amiga\\amiga.dll", u"C:"},
         {u"\\\\server\\share\\Platforms\\Amiga\\amiga.dll", u"\\\\server\\share\\Platforms"},
-        {u"C:\\a\\\\b.dll", u"C:\\a"},          // an empty element still counts
+        {u"C:\\a\\\\b.dll", u"C:\\a"}, // an empty element still counts
         {u"C:\\Platforms\\Amiga\\", u"C:\\Platforms"},
         {u"amiga.dll", u""},
         {u"C:\\amiga.dll", u""},

@@ -15,8 +15,7 @@ TEST(MessageFormat, ExpandsTheTemplatesOfTheStringTable) {
         std::vector<MessageArgument> arguments;
         std::u16string_view expected;
     } rows[] = {
-        {u"Floppy disk drive DF%1!d!:\n%2", {std::int64_t{1}, u"Empty"},
-         u"Floppy disk drive DF1:\r\nEmpty"},
+        {u"Floppy disk drive DF%1!d!:\n%2", {std::int64_t{1}, u"Empty"}, u"Floppy disk drive DF1:\r\nEmpty"},
         {u"Hard Disk %1", {u"\"Work\""}, u"Hard Disk \"Work\""},
         {u"Numeric Keypad %1!c!", {char16_t{u'['}}, u"Numeric Keypad ["},
         {u"Numeric Keypad %1!c!", {std::int64_t{0xB0}}, u"Numeric Keypad \u00b0"},
@@ -27,7 +26,8 @@ TEST(MessageFormat, ExpandsTheTemplatesOfTheStringTable) {
         {u"a%nb%rc%td", {}, u"a\r\nb\rc\td"},
         {u"line\nline\r\nline\rend", {}, u"line\r\nline\r\nline\r\nend"},
         {u"kept%0 cut", {}, u"kept"},
-        {u"[%1!5d!][%1!-5d!][%1!05d!][%2!05d!]", {std::int64_t{42}, std::int64_t{-42}},
+        {u"[%1!5d!][%1!-5d!][%1!05d!][%2!05d!]",
+         {std::int64_t{42}, std::int64_t{-42}},
          u"[   42][42   ][00042][-0042]"},
         {u"%1!u! %1!x! %1!X!", {std::int64_t{-5}}, u"4294967291 fffffffb FFFFFFFB"},
         {u"%1!-6s!|", {u"one"}, u"one   |"},

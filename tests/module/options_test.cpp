@@ -99,7 +99,11 @@ TEST_F(Options, StoredValuesBecomeCurrent) {
         {"older setting of opposite sense, off", [] { store(u"DisableMagicMouse", 0u); }, 1, u"1"},
         {"older setting of opposite sense, on", [] { store(u"DisableMagicMouse", 5u); }, 1, u"0"},
         {"newer setting wins",
-         [] { store(u"DisableMagicMouse", 0u); store(u"AutoMouseUntrap", 0u); }, 1, u"0"},
+         [] {
+             store(u"DisableMagicMouse", 0u);
+             store(u"AutoMouseUntrap", 0u);
+         },
+         1, u"0"},
         {"a printer that has gone away", [] { store(u"WindowsPrinter", u"Old Laser"); }, 2, u"Old Laser"},
         {"serial port", [] { store(u"WindowsSerial", u"COM2"); }, 3, u"COM2"},
         {"empty MIDI value", [] { store(u"WindowsMIDIIn", u""); }, 4, u"none"},
@@ -167,9 +171,10 @@ TEST_F(Options, SettingStoresDeletesOrRefuses) {
         {nullptr, u"1", KQ_E_INVALIDARG, std::nullopt, std::nullopt},
     };
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.name ? std::string(row.name, row.name + std::char_traits<char16_t>::length(row.name)) : "null");
+        SCOPED_TRACE(row.name ? std::string(row.name, row.name + std::char_traits<char16_t>::length(row.name))
+                              : "null");
         platform::native::clear_settings();
-        store(u"WindowsPrinter", u"Laser");  // deleted by an empty value
+        store(u"WindowsPrinter", u"Laser"); // deleted by an empty value
         store(u"WindowsSerial", u"COM1");
         EXPECT_EQ(KQSetOption(row.name, row.value, nullptr, nullptr), row.status);
         if (row.name == nullptr) continue;

@@ -16,9 +16,8 @@ using platform::Heap;
 // Offsets of a record shaped like the option record: a 136-byte header with text pointers,
 // u32 fields and three pointer arrays.
 constexpr std::size_t kHeader = 136;
-constexpr std::size_t kName = 8, kLabel = 16, kDescription = 24, kGroup = 32, kType = 48,
-                      kValues = 56, kLabels = 64, kDescriptions = 72, kCount = 80,
-                      kSecondTexts = 104, kCurrent = 120, kDefault = 128;
+constexpr std::size_t kName = 8, kLabel = 16, kDescription = 24, kGroup = 32, kType = 48, kValues = 56, kLabels = 64,
+                      kDescriptions = 72, kCount = 80, kSecondTexts = 104, kCurrent = 120, kDefault = 128;
 
 std::uint32_t u32_at(const std::byte* block, std::size_t offset) {
     std::uint32_t value;
@@ -84,7 +83,7 @@ TEST(RecordPacker, LaysOutHeaderArraysThenStringsInTheOrderAdded) {
         std::u16string_view text;
     } expected[] = {
         {kName, u"WindowsMIDIIn"},
-        {kLabel, u"Windows MIDI Input"},  // the id replaced by its text
+        {kLabel, u"Windows MIDI Input"}, // the id replaced by its text
         {kDescription, u""},
         {kHeader + 0 * 8, u"none"},
         {kHeader + 1 * 8, u"default"},
@@ -101,7 +100,7 @@ TEST(RecordPacker, LaysOutHeaderArraysThenStringsInTheOrderAdded) {
     for (const auto& row : expected) {
         const std::byte* pointer = pointer_at(base, row.pointer_offset);
         EXPECT_EQ(pointer, next) << "string at field " << row.pointer_offset;
-        if (pointer != next) return;  // reading on would leave the block
+        if (pointer != next) return; // reading on would leave the block
         EXPECT_EQ(text_at(pointer), row.text);
         next = pointer + string_bytes(row.text);
     }
@@ -119,8 +118,7 @@ TEST(RecordPacker, HeaderHoldsItsSizeAndFieldsAndZeroElsewhereOnBothHeaps) {
         EXPECT_EQ(u32_at(base, kType), 2u);
         EXPECT_EQ(u32_at(base, kType + 4), 0u) << "flags were never set";
         EXPECT_EQ(u32_at(base, kCount), 3u);
-        for (std::size_t offset : {kGroup, kSecondTexts, std::size_t{88}, std::size_t{96},
-                                   std::size_t{112}})
+        for (std::size_t offset : {kGroup, kSecondTexts, std::size_t{88}, std::size_t{96}, std::size_t{112}})
             EXPECT_EQ(pointer_at(base, offset), nullptr) << "field " << offset;
     }
 }

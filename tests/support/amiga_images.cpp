@@ -64,7 +64,9 @@ void write_root(Image& image, std::size_t start, std::uint64_t blocks, const std
 
 } // namespace
 
-std::string as_string(const Image& image) { return std::string(reinterpret_cast<const char*>(image.data()), image.size()); }
+std::string as_string(const Image& image) {
+    return std::string(reinterpret_cast<const char*>(image.data()), image.size());
+}
 
 Image floppy_image(const FloppySpec& spec) {
     const std::uint64_t blocks = spec.high_density ? 3520 : 1760;
@@ -105,12 +107,12 @@ Image rdb_hard_disk(std::uint32_t cylinders, const std::vector<PartitionSpec>& p
         put32(image, at + 20, spec.bootable ? 1 : 0);
         image[at + 36] = std::byte(static_cast<unsigned char>(spec.device.size()));
         put_text(image, at + 37, spec.device);
-        put32(image, at + 128, 16);            // entries in the DosEnvec
-        put32(image, at + 132, 128);           // block size in longs
-        put32(image, at + 140, 1);             // heads
-        put32(image, at + 144, 1);             // sectors per block
-        put32(image, at + 148, kPerCylinder);  // blocks per track
-        put32(image, at + 152, 2);             // reserved
+        put32(image, at + 128, 16);           // entries in the DosEnvec
+        put32(image, at + 132, 128);          // block size in longs
+        put32(image, at + 140, 1);            // heads
+        put32(image, at + 144, 1);            // sectors per block
+        put32(image, at + 148, kPerCylinder); // blocks per track
+        put32(image, at + 152, 2);            // reserved
         put32(image, at + 164, spec.low_cylinder);
         put32(image, at + 168, spec.high_cylinder);
         put32(image, at + 192, 0x444F5301);
@@ -129,7 +131,8 @@ std::uint16_t crc16(const Image& bytes, std::size_t from, std::size_t count) {
     std::uint16_t crc = 0;
     for (std::size_t i = from; i < from + count; ++i) {
         crc ^= std::to_integer<std::uint16_t>(bytes[i]);
-        for (int bit = 0; bit < 8; ++bit) crc = (crc & 1) ? static_cast<std::uint16_t>(crc >> 1 ^ 0xA001) : static_cast<std::uint16_t>(crc >> 1);
+        for (int bit = 0; bit < 8; ++bit)
+            crc = (crc & 1) ? static_cast<std::uint16_t>(crc >> 1 ^ 0xA001) : static_cast<std::uint16_t>(crc >> 1);
     }
     return crc;
 }
@@ -178,7 +181,7 @@ Image iso_image(const IsoSpec& spec) {
         for (std::size_t sector = 0; sector < sectors; ++sector) {
             const std::size_t at = (spec.lead_sectors + sector) * sector_bytes;
             for (std::size_t i = 1; i < 11; ++i) image[at + i] = std::byte{0xFF};
-            image[at + 15] = std::byte{1};  // mode 1
+            image[at + 15] = std::byte{1}; // mode 1
         }
     }
     std::size_t pvd = user(16);

@@ -18,20 +18,21 @@ struct AmigaDateStamp {
 
 struct FloppySpec {
     bool high_density = false;
-    std::uint32_t first_long = 0x444F5300;  // "DOS\0"
-    bool boot_checksum = true;              // make the boot blocks bootable
-    std::string boot_code;                  // from offset 12
-    bool root = true;                       // write a root block (and bitmap)
+    std::uint32_t first_long = 0x444F5300; // "DOS\0"
+    bool boot_checksum = true;             // make the boot blocks bootable
+    std::string boot_code;                 // from offset 12
+    bool root = true;                      // write a root block (and bitmap)
     std::string name = "Workbench";
-    AmigaDateStamp created{16801, 720, 0};  // 2024-01-01 12:00:00
+    AmigaDateStamp created{16801, 720, 0}; // 2024-01-01 12:00:00
 };
 Image floppy_image(const FloppySpec& spec = {});
 
 // An AmigaDOS volume of `blocks` 512-byte blocks (DOS\1), its root where it belongs.
-Image amiga_volume(std::uint64_t blocks, const std::string& name, AmigaDateStamp created, std::uint32_t dos_type = 0x444F5301);
+Image amiga_volume(std::uint64_t blocks, const std::string& name, AmigaDateStamp created,
+                   std::uint32_t dos_type = 0x444F5301);
 
 struct PartitionSpec {
-    std::string device;  // "DH0"
+    std::string device; // "DH0"
     std::string volume;
     std::uint32_t low_cylinder, high_cylinder;
     bool bootable = true;
@@ -49,7 +50,7 @@ Image dms_archive(const Image& adf);
 // sectors of zeros.
 struct IsoSpec {
     std::string volume = "CDROM";
-    std::string created = "2006010516501900";  // YYYYMMDDhhmmsscc
+    std::string created = "2006010516501900"; // YYYYMMDDhhmmsscc
     bool raw = false;
     std::uint32_t lead_sectors = 0;
 };

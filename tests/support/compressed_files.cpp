@@ -45,12 +45,13 @@ Bytes raw_deflate(const Bytes& data, int strategy) {
 }
 
 std::uint32_t crc32_of(const Bytes& data) {
-    return static_cast<std::uint32_t>(crc32(0, reinterpret_cast<const Bytef*>(data.data()), static_cast<uInt>(data.size())));
+    return static_cast<std::uint32_t>(
+        crc32(0, reinterpret_cast<const Bytef*>(data.data()), static_cast<uInt>(data.size())));
 }
 
 Bytes sample_image(std::size_t size, unsigned seed) {
-    static constexpr std::string_view kWords[] = {"AmigaDOS ", "Kickstart ", "track ", "sector ", "\0\0\0\0", "DH0: ",
-                                                  "Workbench ", "\n", "0123456789 "};
+    static constexpr std::string_view kWords[] = {"AmigaDOS ", "Kickstart ", "track ", "sector ",    "\0\0\0\0",
+                                                  "DH0: ",     "Workbench ", "\n",     "0123456789 "};
     Bytes out;
     out.reserve(size);
     std::uint32_t state = seed * 2654435761u + 1;
@@ -59,7 +60,7 @@ Bytes sample_image(std::size_t size, unsigned seed) {
         const std::string_view word = kWords[(state >> 16) % std::size(kWords)];
         for (char c : word)
             if (out.size() < size) out.push_back(std::byte(static_cast<unsigned char>(c)));
-        if ((state >> 8) % 7 == 0 && out.size() < size) out.push_back(std::byte(state >> 24));  // some noise
+        if ((state >> 8) % 7 == 0 && out.size() < size) out.push_back(std::byte(state >> 24)); // some noise
     }
     return out;
 }
@@ -90,9 +91,9 @@ Bytes gzip_member(const Bytes& data, const GzipParts& parts) {
     if (!parts.name.empty()) flags |= 0x08;
     if (!parts.comment.empty()) flags |= 0x10;
     Bytes out = {std::byte{0x1F}, std::byte{0x8B}, std::byte{parts.method}, std::byte{flags}};
-    put32(out, 0x12345678);  // time
+    put32(out, 0x12345678); // time
     out.push_back(std::byte{0});
-    out.push_back(std::byte{3});  // OS: Unix
+    out.push_back(std::byte{3}); // OS: Unix
     if (!parts.extra.empty()) {
         put16(out, static_cast<std::uint32_t>(parts.extra.size()));
         append(out, parts.extra);
@@ -117,18 +118,20 @@ Bytes zip_archive(const Bytes& data, const ZipParts& parts) {
     const Bytes body = parts.compressed ? *parts.compressed : parts.method == 0 ? data : raw_deflate(data);
     const std::uint32_t crc = crc32_of(data) ^ static_cast<std::uint32_t>(parts.crc_xor);
     const bool descriptor = (parts.flags & 0x08) != 0;
-    const auto compressed_size = static_cast<std::uint32_t>(static_cast<std::int64_t>(body.size()) + parts.compressed_size_add);
+    const auto compressed_size =
+        static_cast<std::uint32_t>(static_cast<std::int64_t>(body.size()) + parts.compressed_size_add);
     Bytes out;
     append(out, "PK\x03\x04");
-    put16(out, 20);  // version needed
+    put16(out, 20); // version needed
     put16(out, parts.flags);
     put16(out, parts.method);
-    put16(out, 0x6000);  // time
-    put16(out, 0x5A21);  // date
+    put16(out, 0x6000); // time
+    put16(out, 0x5A21); // date
     put32(out, descriptor ? 0 : crc);
     const std::uint32_t small_compressed = parts.zip64 ? 0xFFFFFFFF : descriptor ? 0 : compressed_size;
-    const std::uint32_t small_size =
-        parts.zip64 ? 0xFFFFFFFF : descriptor ? 0 : static_cast<std::uint32_t>(data.size());
+    const std::uint32_t small_size = parts.zip64  ? 0xFFFFFFFF
+                                     : descriptor ? 0
+                                                  : static_cast<std::uint32_t>(data.size());
     put32(out, small_compressed);
     put32(out, small_size);
     Bytes extra = bytes_of(parts.extra);
@@ -181,10 +184,14 @@ void DeflateBitWriter::code(std::uint32_t code, int length) {
 }
 
 void DeflateBitWriter::fixed_literal(unsigned symbol) {
-    if (symbol < 144) code(0x30 + symbol, 8);
-    else if (symbol < 256) code(0x190 + symbol - 144, 9);
-    else if (symbol < 280) code(symbol - 256, 7);
-    else code(0xC0 + symbol - 280, 8);
+    if (symbol < 144)
+        code(0x30 + symbol, 8);
+    else if (symbol < 256)
+        code(0x190 + symbol - 144, 9);
+    else if (symbol < 280)
+        code(symbol - 256, 7);
+    else
+        code(0xC0 + symbol - 280, 8);
 }
 
 void DeflateBitWriter::stored_block(const Bytes& data, bool last) {

@@ -25,28 +25,28 @@ Bytes short_repeats(std::size_t size, unsigned seed = 1);
 struct GzipParts {
     std::uint8_t method = 8;
     std::uint8_t flags = 0;
-    std::string extra;    // written with flag 0x04
-    std::string name;     // written with flag 0x08
-    std::string comment;  // written with flag 0x10
-    std::int64_t crc_xor = 0;   // flipped bits of the stored CRC
-    std::int64_t size_add = 0;  // added to the stored size
+    std::string extra;         // written with flag 0x04
+    std::string name;          // written with flag 0x08
+    std::string comment;       // written with flag 0x10
+    std::int64_t crc_xor = 0;  // flipped bits of the stored CRC
+    std::int64_t size_add = 0; // added to the stored size
     bool trailer = true;
-    std::optional<Bytes> compressed;  // the data as given, instead of zlib's deflate of it
+    std::optional<Bytes> compressed; // the data as given, instead of zlib's deflate of it
 };
 // A gzip member holding `data`; the flags word is `parts.flags` plus those of the fields given.
 Bytes gzip_member(const Bytes& data, const GzipParts& parts = {});
 
 struct ZipParts {
     std::uint16_t method = 8;
-    std::uint16_t flags = 0;       // 0x08 moves CRC and sizes into a data descriptor
+    std::uint16_t flags = 0; // 0x08 moves CRC and sizes into a data descriptor
     std::string name = "disk.adf";
     std::string extra;
-    std::int64_t compressed_size_add = 0;  // added to the stored compressed size
+    std::int64_t compressed_size_add = 0; // added to the stored compressed size
     std::int64_t crc_xor = 0;
-    bool descriptor = true;  // write the descriptor that flag 0x08 announces
+    bool descriptor = true; // write the descriptor that flag 0x08 announces
     bool central_directory = true;
     std::optional<Bytes> compressed;
-    bool zip64 = false;  // sizes in a ZIP64 extra record (and a 24-byte descriptor)
+    bool zip64 = false; // sizes in a ZIP64 extra record (and a 24-byte descriptor)
 };
 // A ZIP archive whose first entry holds `data` (stored for method 0, deflated for 8), then a
 // second entry and the central directory, which the reader must ignore.

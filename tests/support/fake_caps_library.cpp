@@ -44,7 +44,8 @@ FAKE_EXPORT std::int32_t CAPSRemImage(std::int32_t) {
     return 0;
 }
 FAKE_EXPORT std::int32_t CAPSLockImage(std::int32_t, char*) { return -1; }
-FAKE_EXPORT std::int32_t CAPSLockImageMemory(std::int32_t id, std::uint8_t* buffer, std::uint32_t length, std::uint32_t) {
+FAKE_EXPORT std::int32_t CAPSLockImageMemory(std::int32_t id, std::uint8_t* buffer, std::uint32_t length,
+                                             std::uint32_t) {
     if (id != 0 || length < sizeof kSignature || std::memcmp(buffer, kSignature, sizeof kSignature) != 0) return -1;
     const auto* adf = reinterpret_cast<const std::byte*>(buffer + sizeof kSignature);
     g_adf.assign(adf, adf + (length - sizeof kSignature));
@@ -69,8 +70,8 @@ FAKE_EXPORT std::int32_t CAPSLockTrack(void* track_info, std::int32_t, std::uint
     if (!g_loaded || (flags & caps::kLockType) == 0 || track->type != caps::kTrackInfoType1) return -1;
     const std::uint32_t number = cylinder * 2 + head;
     if ((number + 1) * kTrackBytes > g_adf.size()) return -1;
-    const kq::test::RawTrack raw =
-        kq::test::encode_track(number, std::span(g_adf).subspan(number * kTrackBytes, kTrackBytes), number % 11, number * 37);
+    const kq::test::RawTrack raw = kq::test::encode_track(
+        number, std::span(g_adf).subspan(number * kTrackBytes, kTrackBytes), number % 11, number * 37);
     std::vector<std::byte>& kept = g_tracks[number];
     kept = raw.bytes;
     track->cylinder = cylinder;

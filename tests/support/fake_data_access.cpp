@@ -72,8 +72,9 @@ struct TracedCall {
         HANDLE appending = CreateMutexW(nullptr, FALSE, L"KQFakeDataAccessTraceMx");
         if (appending == nullptr) return;
         WaitForSingleObject(appending, INFINITE);
-        HANDLE file = CreateFileW(reinterpret_cast<const wchar_t*>(g_trace_path), FILE_APPEND_DATA,
-                                  FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+        HANDLE file =
+            CreateFileW(reinterpret_cast<const wchar_t*>(g_trace_path), FILE_APPEND_DATA,
+                        FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
         if (file != INVALID_HANDLE_VALUE) {
             DWORD written = 0;
             WriteFile(file, line.data(), static_cast<DWORD>(line.size()), &written, nullptr);
@@ -105,9 +106,8 @@ FAKE_EXPORT void FakeDataAccessTrace([[maybe_unused]] const char16_t* path, [[ma
 }
 
 #ifndef FAKE_WITHOUT_ENTRIES
-FAKE_EXPORT std::int32_t KQShowErrorMessage2(std::uint64_t instance, const char16_t* context,
-                                             std::uint32_t error_code, void* parent_window,
-                                             const char16_t* text, std::uint32_t flags) {
+FAKE_EXPORT std::int32_t KQShowErrorMessage2(std::uint64_t instance, const char16_t* context, std::uint32_t error_code,
+                                             void* parent_window, const char16_t* text, std::uint32_t flags) {
     [[maybe_unused]] const TracedCall traced;
     ++g_log.show_calls;
     g_log.instance = instance;

@@ -130,9 +130,9 @@ inline FileAssociationView english_view(const EnglishFileAssociation& expected, 
     if (!expected.icon_suffix.empty())
         view.icon_location = std::u16string(module_path) + std::u16string(expected.icon_suffix);
     view.formula_bytes = 72;
-    for (const std::u16string* text : {&view.extension, &view.type_name, &view.extension_description,
-                                       &view.long_description, &view.filter_pattern, &view.filter_name,
-                                       &view.icon_location})
+    for (const std::u16string* text :
+         {&view.extension, &view.type_name, &view.extension_description, &view.long_description, &view.filter_pattern,
+          &view.filter_name, &view.icon_location})
         view.formula_bytes += (text->size() + 1) * sizeof(char16_t);
     return view;
 }
@@ -140,10 +140,10 @@ inline FileAssociationView english_view(const EnglishFileAssociation& expected, 
 // The view as GoogleTest shows it in a failed comparison.
 inline std::ostream& operator<<(std::ostream& out, const FileAssociationView& view) {
     out << '"' << printable(view.extension) << "\" type \"" << printable(view.type_name) << "\" description \""
-        << printable(view.extension_description) << "\" long \"" << printable(view.long_description)
-        << "\" pattern \"" << printable(view.filter_pattern)
-        << "\" filter \"" << printable(view.filter_name) << "\" icon \"" << printable(view.icon_location)
-        << "\" category " << view.category << " flags " << view.flags << " bytes " << view.formula_bytes;
+        << printable(view.extension_description) << "\" long \"" << printable(view.long_description) << "\" pattern \""
+        << printable(view.filter_pattern) << "\" filter \"" << printable(view.filter_name) << "\" icon \""
+        << printable(view.icon_location) << "\" category " << view.category << " flags " << view.flags << " bytes "
+        << view.formula_bytes;
     return out;
 }
 

@@ -54,12 +54,12 @@ void GuestKeyboard::feed(std::uint32_t event) {
     switch (raw) {
     case 0x60: held_.left_shift = down; return;
     case 0x61: held_.right_shift = down; return;
-    case 0x62: held_.caps_lock = down; return;  // the keyboard sends the lock's state
+    case 0x62: held_.caps_lock = down; return; // the keyboard sends the lock's state
     case 0x63: held_.control = down; return;
     case 0x64: held_.left_alt = down; return;
     case 0x65: held_.right_alt = down; return;
     case 0x66:
-    case 0x67: return;  // Amiga keys: qualifiers that no keymap reads
+    case 0x67: return; // Amiga keys: qualifiers that no keymap reads
     default:
         if (down) press(raw);
     }
@@ -71,7 +71,7 @@ void GuestKeyboard::press(std::uint8_t raw) {
     if (held_.left_shift || held_.right_shift || (held_.caps_lock && key.capsable)) qualifier |= kShift;
     if (held_.left_alt || held_.right_alt) qualifier |= kAlt;
     if (held_.control) qualifier |= kControl;
-    qualifier &= key.type & 7;  // a held qualifier that the key's type does not cover is ignored
+    qualifier &= key.type & 7; // a held qualifier that the key's type does not cover is ignored
 
     Press current;
     if (key.type & kNoOp) {

@@ -16,7 +16,7 @@ namespace kq::test {
 struct KeyFacts {
     std::uint8_t type;
     bool capsable;
-    std::uint8_t map[4];  // least significant character first
+    std::uint8_t map[4]; // least significant character first
     std::uint8_t descriptor_length;
     std::array<std::uint8_t, 128> descriptor;
 };

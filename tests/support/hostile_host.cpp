@@ -25,7 +25,7 @@ std::size_t page_bytes() {
     return info.dwPageSize;
 }
 
-}  // namespace
+} // namespace
 
 CallArguments::CallArguments(std::string label) : label_(std::move(label)) { note_call(label_); }
 
@@ -58,7 +58,7 @@ std::byte* CallArguments::guarded(std::size_t payload_bytes) {
     Guarded item{std::vector<std::byte>(kGuardBytes + 16 + payload_bytes + kGuardBytes, kGuard), 0, payload_bytes};
     const auto misalignment = reinterpret_cast<std::uintptr_t>(item.storage.data() + kGuardBytes) % 16;
     item.offset = kGuardBytes + (16 - misalignment) % 16;
-    guarded_.push_back(std::move(item));  // the storage keeps its address when moved
+    guarded_.push_back(std::move(item)); // the storage keeps its address when moved
     return guarded_.back().storage.data() + guarded_.back().offset;
 }
 
@@ -231,7 +231,7 @@ void* counted_realloc(void* old_block, std::size_t bytes) {
     // A block taken before the hooks stays uncounted, also when it moves.
     const bool was_counted = old_block == nullptr || is_counted(old_block);
     void* block = g_table.realloc(old_block, bytes);
-    if (block == nullptr && bytes != 0) return nullptr;  // the old block stays as it was
+    if (block == nullptr && bytes != 0) return nullptr; // the old block stays as it was
     if (was_counted) {
         remove_block(old_block);
         add_block(block, bytes);
@@ -256,7 +256,7 @@ struct Hook {
     void** original;
 };
 
-}  // namespace
+} // namespace
 
 CrtAllocationMeter::CrtAllocationMeter(HMODULE module) {
     g_table.entries = static_cast<Entry*>(
@@ -353,13 +353,12 @@ LONG CALLBACK report_crash(EXCEPTION_POINTERS* exception) {
                      exception->ExceptionRecord->ExceptionAddress, g_current_call);
         std::fflush(stderr);
         break;
-    default:
-        break;
+    default: break;
     }
     return EXCEPTION_CONTINUE_SEARCH;
 }
 
-}  // namespace
+} // namespace
 
 CrashNote::CrashNote() : handler_(AddVectoredExceptionHandler(1, report_crash)) {}
 
@@ -367,4 +366,4 @@ CrashNote::~CrashNote() {
     if (handler_ != nullptr) RemoveVectoredExceptionHandler(handler_);
 }
 
-}  // namespace kq::test
+} // namespace kq::test

@@ -34,7 +34,7 @@ class CallArguments {
 public:
     // `label` names the call in failures and in the crash note.
     explicit CallArguments(std::string label);
-    ~CallArguments();  // checks every guard, then releases everything
+    ~CallArguments(); // checks every guard, then releases everything
     CallArguments(const CallArguments&) = delete;
     CallArguments& operator=(const CallArguments&) = delete;
 
@@ -57,7 +57,7 @@ public:
 private:
     struct Guarded {
         std::vector<std::byte> storage;
-        std::size_t offset;  // of the payload in the storage
+        std::size_t offset; // of the payload in the storage
         std::size_t payload_bytes;
     };
     std::byte* guarded(std::size_t payload_bytes);
@@ -87,7 +87,7 @@ class CrtAllocationMeter {
 public:
     // Hooks the module's imports; at most one meter at a time.
     explicit CrtAllocationMeter(HMODULE module);
-    ~CrtAllocationMeter();  // unhooks; blocks still counted stay valid for the runtime's free
+    ~CrtAllocationMeter(); // unhooks; blocks still counted stay valid for the runtime's free
     CrtAllocationMeter(const CrtAllocationMeter&) = delete;
     CrtAllocationMeter& operator=(const CrtAllocationMeter&) = delete;
 
@@ -124,4 +124,4 @@ private:
     void* handler_;
 };
 
-}  // namespace kq::test
+} // namespace kq::test

@@ -31,6 +31,6 @@ private:
     input::KeyboardInputData* record_ = nullptr;
 };
 
-inline constexpr std::uint8_t kVkTyping = 0x41;  // a host key that the key table leaves alone
+inline constexpr std::uint8_t kVkTyping = 0x41; // a host key that the key table leaves alone
 
 } // namespace kq::test

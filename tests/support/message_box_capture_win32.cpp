@@ -49,8 +49,6 @@ MessageBoxCapture::~MessageBoxCapture() {
     t_boxes.clear();
 }
 
-std::vector<CapturedMessageBox> MessageBoxCapture::take() {
-    return std::exchange(t_boxes, {});
-}
+std::vector<CapturedMessageBox> MessageBoxCapture::take() { return std::exchange(t_boxes, {}); }
 
 } // namespace kq::test

@@ -36,7 +36,7 @@ std::uint32_t checksum(std::span<const std::uint32_t> longs) {
 
 void MfmBits::cells_of(std::uint32_t half_long) {
     for (int position = 31; position >= 0; --position) {
-        if (position % 2 == 1) {  // a clock cell: 1 between two zero data bits
+        if (position % 2 == 1) { // a clock cell: 1 between two zero data bits
             const bool before = last_data_bit_, after = (half_long >> (position - 1) & 1) != 0;
             cells_.push_back(!before && !after);
         } else {
@@ -69,7 +69,7 @@ std::vector<std::byte> MfmBits::packed() const {
 }
 
 void encode_sector(MfmBits& bits, unsigned track, unsigned sector, unsigned to_gap, std::span<const std::byte> data) {
-    bits.cells_of(0);  // two zero bytes before the sync
+    bits.cells_of(0); // two zero bytes before the sync
     bits.raw_word(0x4489);
     bits.raw_word(0x4489);
     const std::array<std::uint32_t, 5> header = {0xFF000000u | track << 16 | sector << 8 | to_gap, 0, 0, 0, 0};

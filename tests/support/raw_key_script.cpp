@@ -19,12 +19,12 @@ std::optional<std::vector<std::uint32_t>> script_events(std::u16string_view scri
         for (; digits < script.size() && script[digits] != u' '; ++digits) {
             const char16_t c = script[digits];
             const int value = c >= u'0' && c <= u'9' ? c - u'0' : c >= u'A' && c <= u'F' ? c - u'A' + 10 : -1;
-            if (value < 0) return std::nullopt;  // upper-case hexadecimal only
+            if (value < 0) return std::nullopt; // upper-case hexadecimal only
             raw = raw * 16 + static_cast<std::uint32_t>(value);
         }
         if (digits == 0 || digits > 2 || digits == script.size() || raw > 0x7F) return std::nullopt;
-        if (digits == 2 && script[0] == u'0') return std::nullopt;  // no leading zeros
-        script.remove_prefix(digits + 1);  // the digits and the blank after them
+        if (digits == 2 && script[0] == u'0') return std::nullopt; // no leading zeros
+        script.remove_prefix(digits + 1);                          // the digits and the blank after them
         events.push_back(press ? input::event::press(raw) : input::event::release(raw));
     }
     return events;

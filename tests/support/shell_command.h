@@ -15,7 +15,8 @@ inline int run_shell(const std::string& command, std::string* output = nullptr) 
     if (pipe == nullptr) return -1;
     std::array<char, 4096> buffer{};
     std::string text;
-    for (std::size_t got; (got = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0;) text.append(buffer.data(), got);
+    for (std::size_t got; (got = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0;)
+        text.append(buffer.data(), got);
     const int status = pclose(pipe);
     if (output != nullptr) *output = std::move(text);
     return status;

@@ -53,9 +53,7 @@ std::string read_file(const std::filesystem::path& path) {
     return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
 }
 
-std::u16string TempFolder::path(std::u16string_view relative) const {
-    return path_ + u"\\" + std::u16string(relative);
-}
+std::u16string TempFolder::path(std::u16string_view relative) const { return path_ + u"\\" + std::u16string(relative); }
 
 std::filesystem::path TempFolder::native(std::u16string_view relative) const {
     std::u16string generic(relative);

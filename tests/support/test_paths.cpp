@@ -24,9 +24,7 @@ std::u16string hosts_root() {
 
 } // namespace
 
-std::u16string host_folder(std::u16string_view name) {
-    return hosts_root() + u"\\" + std::u16string(name);
-}
+std::u16string host_folder(std::u16string_view name) { return hosts_root() + u"\\" + std::u16string(name); }
 
 std::u16string test_data_path(std::u16string_view relative) {
     const std::string root = KQ_TEST_DATA_DIR;

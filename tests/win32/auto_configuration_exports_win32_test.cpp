@@ -86,7 +86,8 @@ TEST_F(AutoConfigurationDll, ImportModeTakesUaeFilesOnly) {
     folder_.create_file(u"Game", "chipset_compatible=A1200\r\n");
     for (const char16_t* name : {u"Game.cfg", u"Game", u"Game.uae.cfg"}) {
         const Result refused = call(wide(folder_.path(name)), KQ_AUTOCONFIGURE_IMPORT);
-        EXPECT_EQ(refused.status, KQ_E_INVALIDARG) << std::string(name, name + std::char_traits<char16_t>::length(name));
+        EXPECT_EQ(refused.status, KQ_E_INVALIDARG)
+            << std::string(name, name + std::char_traits<char16_t>::length(name));
         EXPECT_FALSE(refused.has_text);
     }
 }

@@ -54,11 +54,11 @@ std::int64_t ticks_now() {
 }
 
 // What the children are told, through their environment.
-constexpr const wchar_t* kTraceVariable = L"KQ_CONCURRENCY_TRACE";  // the stand-in's record
-constexpr const wchar_t* kAskedVariable = L"KQ_CONCURRENCY_ASKED";  // the child's own record
-constexpr const wchar_t* kModeVariable = L"KQ_CONCURRENCY_MODE";    // "module" or "unlocked"
-constexpr const wchar_t* kReadyVariable = L"KQ_CONCURRENCY_READY";  // a semaphore to release
-constexpr const wchar_t* kGoVariable = L"KQ_CONCURRENCY_GO";        // an event to wait for
+constexpr const wchar_t* kTraceVariable = L"KQ_CONCURRENCY_TRACE"; // the stand-in's record
+constexpr const wchar_t* kAskedVariable = L"KQ_CONCURRENCY_ASKED"; // the child's own record
+constexpr const wchar_t* kModeVariable = L"KQ_CONCURRENCY_MODE";   // "module" or "unlocked"
+constexpr const wchar_t* kReadyVariable = L"KQ_CONCURRENCY_READY"; // a semaphore to release
+constexpr const wchar_t* kGoVariable = L"KQ_CONCURRENCY_GO";       // an event to wait for
 
 // In a child: report kCallsPerProcess times through the module's host-library link (mode
 // "module"), or call the stand-in directly without the mutex ("unlocked", the control that
@@ -73,8 +73,10 @@ TEST(ConcurrencyChild, DISABLED_CallsTheHostLibrary) {
     ASSERT_NE(fake, nullptr);
     const auto set_trace = reinterpret_cast<FakeDataAccessTraceFn>(
         reinterpret_cast<void (*)()>(GetProcAddress(fake, "FakeDataAccessTrace")));
-    using ShowFn = std::int32_t (*)(std::uint64_t, const char16_t*, std::uint32_t, void*, const char16_t*, std::uint32_t);
-    const auto show = reinterpret_cast<ShowFn>(reinterpret_cast<void (*)()>(GetProcAddress(fake, "KQShowErrorMessage2")));
+    using ShowFn =
+        std::int32_t (*)(std::uint64_t, const char16_t*, std::uint32_t, void*, const char16_t*, std::uint32_t);
+    const auto show =
+        reinterpret_cast<ShowFn>(reinterpret_cast<void (*)()>(GetProcAddress(fake, "KQShowErrorMessage2")));
     ASSERT_TRUE(set_trace && show);
     const std::u16string trace16(trace.begin(), trace.end());
     set_trace(trace16.c_str(), kHoldMs);
@@ -111,7 +113,8 @@ public:
     Child(const std::wstring& test_name, const fs::path& log) {
         wchar_t program[MAX_PATH];
         GetModuleFileNameW(nullptr, program, MAX_PATH);
-        std::wstring command = L"\"" + std::wstring(program) + L"\" --gtest_also_run_disabled_tests --gtest_filter=" + test_name;
+        std::wstring command =
+            L"\"" + std::wstring(program) + L"\" --gtest_also_run_disabled_tests --gtest_filter=" + test_name;
         SECURITY_ATTRIBUTES inheritable{sizeof inheritable, nullptr, TRUE};
         output_ = CreateFileW(log.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inheritable, CREATE_ALWAYS, 0, nullptr);
         STARTUPINFOW startup{};
@@ -167,8 +170,8 @@ TEST(HostLibraryLinkAcrossProcesses, CallsOfTwoProcessesNeverOverlap) {
         const wchar_t* mode;
         bool overlaps;
     } cases[] = {
-        {L"module", false},   // through the module: the named mutex lets one call in at a time
-        {L"unlocked", true},  // the control: the same calls without the mutex are seen to overlap
+        {L"module", false},  // through the module: the named mutex lets one call in at a time
+        {L"unlocked", true}, // the control: the same calls without the mutex are seen to overlap
     };
     int round = 0;
     for (const auto& c : cases) {

@@ -21,9 +21,7 @@ public:
     }
     kq_char** out() { return &text_; }
     const kq_char* get() const { return text_; }
-    std::u16string text() const {
-        return text_ ? std::u16string(reinterpret_cast<const char16_t*>(text_)) : u"<null>";
-    }
+    std::u16string text() const { return text_ ? std::u16string(reinterpret_cast<const char16_t*>(text_)) : u"<null>"; }
     bool from_global_heap() const { return GlobalSize(text_) >= (wcslen(text_) + 1) * sizeof(wchar_t); }
 
 private:

@@ -20,7 +20,9 @@ struct GuardedBuffer {
     wchar_t* data() { return slots.data(); }
     uint32_t size() const { return static_cast<uint32_t>(chars); }
     std::wstring text() const { return std::wstring(slots.begin(), std::find(slots.begin(), slots.end(), L'\0')); }
-    bool guards_intact() const { return std::all_of(slots.begin() + chars, slots.end(), [](wchar_t c) { return c == L'#'; }); }
+    bool guards_intact() const {
+        return std::all_of(slots.begin() + chars, slots.end(), [](wchar_t c) { return c == L'#'; });
+    }
 
     std::size_t chars;
     std::vector<wchar_t> slots;

@@ -48,10 +48,9 @@ static_assert(std::size(kExports) == 49);
 
 // DLLs that come with every Windows installation.
 const std::set<std::string> kSystemDlls = {
-    "advapi32.dll", "bcrypt.dll",   "comdlg32.dll", "gdi32.dll",    "kernel32.dll",
-    "msvcrt.dll",   "ntdll.dll",    "ole32.dll",    "oleaut32.dll", "rpcrt4.dll",
-    "setupapi.dll", "shell32.dll",  "shlwapi.dll",  "user32.dll",   "version.dll",
-    "winmm.dll",    "winspool.drv", "ws2_32.dll",
+    "advapi32.dll", "bcrypt.dll", "comdlg32.dll", "gdi32.dll",  "kernel32.dll", "msvcrt.dll",
+    "ntdll.dll",    "ole32.dll",  "oleaut32.dll", "rpcrt4.dll", "setupapi.dll", "shell32.dll",
+    "shlwapi.dll",  "user32.dll", "version.dll",  "winmm.dll",  "winspool.drv", "ws2_32.dll",
 };
 
 class AmigaDll : public kq::test::AmigaDllTest {
@@ -67,8 +66,7 @@ TEST_F(AmigaDll, EveryExportResolvesByOrdinalToItsNamedAddress) {
         EXPECT_NE(by_name, nullptr) << expected.name;
         EXPECT_EQ(by_ordinal(expected.ordinal), by_name) << expected.name;
     }
-    for (unsigned empty : {0u, 6u, 37u, 52u})
-        EXPECT_EQ(by_ordinal(empty), nullptr) << "ordinal " << empty;
+    for (unsigned empty : {0u, 6u, 37u, 52u}) EXPECT_EQ(by_ordinal(empty), nullptr) << "ordinal " << empty;
 }
 
 TEST_F(AmigaDll, ExportTableHoldsExactlyTheNamedEntryPoints) {
@@ -88,8 +86,7 @@ TEST_F(AmigaDll, ImportsWindowsSystemDllsOnly) {
     for (std::string dll : dlls) {
         std::transform(dll.begin(), dll.end(), dll.begin(),
                        [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-        EXPECT_TRUE(kSystemDlls.count(dll) == 1 || dll.rfind("api-ms-win-", 0) == 0)
-            << "imports " << dll;
+        EXPECT_TRUE(kSystemDlls.count(dll) == 1 || dll.rfind("api-ms-win-", 0) == 0) << "imports " << dll;
     }
 }
 
@@ -105,10 +102,10 @@ TEST_F(AmigaDll, PlatformNameIsAConstantAmiga) {
 }
 
 TEST_F(AmigaDll, ShellWindowsAreNotProvided) {
-    for (const char* name : {"KQ9Editor", "KQEditScreenClip", "KQEditScreenClip2", "KQROMToolbox",
-                             "KQOpenKeyboardWindow", "KQSetKeyboardWindow", "KQResetKeyboardWindow",
-                             "KQGetKeyboardWindowInfo", "KQGetKeyDialog2",
-                             "KQProcessVButtonEditMessage", "KQProcessVButtonEditMessage2"}) {
+    for (const char* name :
+         {"KQ9Editor", "KQEditScreenClip", "KQEditScreenClip2", "KQROMToolbox", "KQOpenKeyboardWindow",
+          "KQSetKeyboardWindow", "KQResetKeyboardWindow", "KQGetKeyboardWindowInfo", "KQGetKeyDialog2",
+          "KQProcessVButtonEditMessage", "KQProcessVButtonEditMessage2"}) {
         const auto window = resolve<kq_status()>(name);
         ASSERT_NE(window, nullptr) << name;
         EXPECT_EQ(window(), KQ_E_NOTIMPL) << name;

@@ -36,8 +36,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::uint64_t kLimitBytes = 16384;  // what a write may still add: the disk is nearly full
-constexpr std::size_t kImageBytes = 98304;     // 96 KB, well past the limit
+constexpr std::uint64_t kLimitBytes = 16384; // what a write may still add: the disk is nearly full
+constexpr std::size_t kImageBytes = 98304;   // 96 KB, well past the limit
 constexpr DWORD kChildTimeoutMs = 120000;
 constexpr uint32_t kWriteBackChanged = KQ_RUNTIME_MEDIUM_WRITE_BACK | KQ_RUNTIME_MEDIUM_ASSUME_CHANGED;
 constexpr const wchar_t* kJobVariable = L"KQ_FAILING_DISK_JOB";
@@ -119,8 +119,8 @@ std::string quoted_for_shell(const std::string& text) {
 void write_lines(const fs::path& file, const std::vector<std::wstring>& lines) {
     std::wstring text;
     for (const std::wstring& line : lines) text += line + L"\n";
-    std::ofstream(file, std::ios::binary).write(reinterpret_cast<const char*>(text.data()),
-                                                static_cast<std::streamsize>(text.size() * sizeof(wchar_t)));
+    std::ofstream(file, std::ios::binary)
+        .write(reinterpret_cast<const char*>(text.data()), static_cast<std::streamsize>(text.size() * sizeof(wchar_t)));
 }
 
 std::vector<std::vector<std::wstring>> read_lines(const fs::path& file) {
@@ -194,12 +194,14 @@ protected:
         GetModuleFileNameW(nullptr, program, MAX_PATH);
         const std::string script =
             "trap '' XFSZ\n"
-            "export " + narrow(kJobVariable) + "=" + quoted_for_shell(narrow(job_file.wstring())) + "\n" +
-            "export " + narrow(kDoneVariable) + "=" + quoted_for_shell(narrow(done_name)) + "\n" +
+            "export " +
+            narrow(kJobVariable) + "=" + quoted_for_shell(narrow(job_file.wstring())) + "\n" + "export " +
+            narrow(kDoneVariable) + "=" + quoted_for_shell(narrow(done_name)) + "\n" +
             "PATH=/usr/local/bin:/usr/bin:/bin:$PATH\n"
             "wine=${KQ_WINE:-/usr/lib/wine/wine64}\n"
             "[ -x \"$wine\" ] || wine=$(command -v wine64 || command -v wine)\n"
-            "exec prlimit --fsize=" + std::to_string(kLimitBytes) + " \"$wine\" " + quoted_for_shell(unix_path(program)) +
+            "exec prlimit --fsize=" +
+            std::to_string(kLimitBytes) + " \"$wine\" " + quoted_for_shell(unix_path(program)) +
             " --gtest_also_run_disabled_tests --gtest_filter=FailingDiskChild.DISABLED_MakesTheCallsOfItsJob >" +
             quoted_for_shell(unix_path(log.wstring())) + " 2>&1\n";
         std::ofstream(folder_.native(u"child.sh"), std::ios::binary) << script;
@@ -210,7 +212,8 @@ protected:
         startup.cb = sizeof startup;
         PROCESS_INFORMATION process{};
         if (done == nullptr || script_path.empty() ||
-            !CreateProcessW(L"Z:\\bin\\sh", command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process)) {
+            !CreateProcessW(L"Z:\\bin\\sh", command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
+                            &process)) {
             failure = "/bin/sh could not be started: error " + std::to_string(GetLastError());
             if (done != nullptr) CloseHandle(done);
             return {};
@@ -345,7 +348,8 @@ TEST_F(FailingDiskDll, FullDiskStopsWriteBackCopiesAndBlankMediaCleanly) {
     EXPECT_TRUE(same_bytes(test::read_file(images_.native(u"Near.adf")), changed));
     EXPECT_FALSE(exists(near_copy));
     // Copying back and packing fail with the system's error; image, copy and record stay.
-    for (const std::size_t i : {1u, 2u}) EXPECT_TRUE(is_system_failure(status[i])) << i << ": " << std::hex << status[i];
+    for (const std::size_t i : {1u, 2u})
+        EXPECT_TRUE(is_system_failure(status[i])) << i << ": " << std::hex << status[i];
     EXPECT_TRUE(same_bytes(test::read_file(images_.native(u"Far.adf")), original));
     EXPECT_TRUE(same_bytes(test::read_file(images_.native(u"Packed.adz")), packed));
     for (const std::wstring& copy : {far_copy, packed_copy}) {

@@ -446,9 +446,8 @@ void get_file_association_row(const Pass& pass) {
 
 void free_file_association_row(const Pass& pass) {
     const auto get = pass.resolve<decltype(KQGetFileAssociation)>("KQGetFileAssociation");
-    expect_record_freed(pass.resolve<decltype(KQFreeFileAssociation)>("KQFreeFileAssociation"),
-                        "KQFreeFileAssociation", "record 9",
-                        [&](KQFileAssociation** record) { return get(9, record); });
+    expect_record_freed(pass.resolve<decltype(KQFreeFileAssociation)>("KQFreeFileAssociation"), "KQFreeFileAssociation",
+                        "record 9", [&](KQFileAssociation** record) { return get(9, record); });
 }
 
 void get_device_command_row(const Pass& pass) {
@@ -684,7 +683,7 @@ void auto_configure_row(const Pass& pass) {
     const struct {
         std::wstring input;
         std::uint32_t flags;
-        kq_status status;  // 0x80070000 alone: the file system's error
+        kq_status status; // 0x80070000 alone: the file system's error
         bool has_text;
     } cases[] = {
         {L"", 0, kMalformed, false},
@@ -796,7 +795,7 @@ void boot_tag_row(const Pass& pass) {
         {kq9("<boot type=\"zip\">310</boot>"), L"C:\\Data", 0, KQ_E_INVALIDARG},
         {kq9("<boot type=\"\xED\xA0\x80\">310</boot>"), L"C:\\Data", 0, kMalformed},
         {kq9("<boot type=\"dir\">nothing</boot>"), L"C:\\Data", 0, KQ_E_INVALIDARG},
-        {kq9("<boot type=\"dir\"></boot>"), L"C:\\Data", 0, KQ_E_FAIL},  // the tag's lookup fails
+        {kq9("<boot type=\"dir\"></boot>"), L"C:\\Data", 0, KQ_E_FAIL}, // the tag's lookup fails
         {kq9("<boot type=\"adf\"> </boot>"), L"C:\\Data", 0, KQ_E_FAIL},
         {kq9(""), L"C:\\Data", 0, kNotFound},
         {kq9("<boot>310</boot>"), L"C:\\Data", 0, kNotFound},
@@ -852,7 +851,7 @@ void rom_exists_row(const Pass& pass) {
     }
     // No ROM files anywhere: every ROM is missing, whatever the ids.
     std::vector<std::wstring> roms = odd_texts();
-    roms.erase(roms.begin());  // an empty id is refused above
+    roms.erase(roms.begin()); // an empty id is refused above
     roms.insert(roms.end(), {L"310-a1200", L"3x0-a4000", L"aros-latest", L"120", L"zz"});
     const std::wstring long_folder = path_of_length(pass.folder_name, 261, L"");
     for (const std::wstring& rom : roms) {
@@ -1034,7 +1033,7 @@ void get_runtime_medium_row(const Pass& pass) {
     const std::wstring long_alternate = path_of_length(pass.folder_name, 261, L"");
     const struct {
         std::wstring image;
-        kq_status status;  // 0x80070000 alone: the file system's error
+        kq_status status; // 0x80070000 alone: the file system's error
     } failing[] = {
         {L"Game.adf", KQ_E_INVALIDARG},
         {L"", KQ_S_FALSE},
@@ -1322,7 +1321,7 @@ void copy_medium_row(const Pass& pass) {
                                             path_of_length(pass.folder_name, 261, L"")};
     const struct {
         std::wstring source, target;
-        kq_status status;  // 0x80070000 alone: the file system's error
+        kq_status status; // 0x80070000 alone: the file system's error
     } failing[] = {
         {L"Game.adf", pass.target_folder, KQ_E_INVALIDARG},
         {L"", pass.target_folder, KQ_E_INVALIDARG},
@@ -1484,7 +1483,7 @@ void keyboard_input_data_cases(const Pass& pass, const char* name, Get make) {
     const std::vector<std::uint8_t> keymaps[] = {garbage_keymap(1), garbage_keymap(657), garbage_keymap(658),
                                                  garbage_keymap(4096)};
     const std::uint32_t descriptors[] = {0, 0x01010000, 0x010101FF, 0x0101FFFF, 0xFFFFFFFF};
-    KQKeyboardInputData* kept = nullptr;  // each new record replaces the one before
+    KQKeyboardInputData* kept = nullptr; // each new record replaces the one before
     for (const std::wstring& id : ids) {
         for (std::size_t i = 0; i < std::size(keymaps); ++i) {
             const std::uint32_t descriptor = descriptors[i % std::size(descriptors)];
@@ -1733,7 +1732,7 @@ void key_display_name_row(const Pass& pass) {
     }
     std::wstring many_keys;
     while (many_keys.size() < 259) many_keys += L"a+";
-    many_keys += L"b";  // 261 characters
+    many_keys += L"b"; // 261 characters
     const std::vector<std::wstring> texts = {
         L"a", L"shift+a", L"CONTROL+LEFT AMIGA", L"!", L"NUMPAD [", L"+", L"++", L"a+", L"shift+", many_keys};
     std::vector<std::wstring> unknown = {L"NOSUCHKEY", L"\xD800", L"a+\xDC00", std::wstring(261, L'q')};
@@ -1754,7 +1753,7 @@ void key_display_name_row(const Pass& pass) {
                 wchar_t* buffer = call.out_text(2048);
                 const kq_status status =
                     name(call.in_text(text), L"\xDBFF", call.in_text(layout_id), buffer, 2048, 0, 0);
-                if (status == kNotFound) continue;  // a token this layout does not have
+                if (status == kNotFound) continue; // a token this layout does not have
                 expect_status(call, status, KQ_S_OK);
                 // The names end where the buffer is still unwritten.
                 const wchar_t* end = std::find(buffer, buffer + 2048, test::kUnwritten);
@@ -1997,7 +1996,7 @@ TEST_F(HostileHost, MetersSeeWhatTheyCount) {
     EXPECT_EQ(meter.outstanding(), (test::HeapCount{start.blocks + 1, start.bytes + 4000}));
     module_free(kept);
     EXPECT_EQ(meter.outstanding(), start);
-    void* foreign = std::malloc(16);  // not the module's: freeing it through the module counts nothing
+    void* foreign = std::malloc(16); // not the module's: freeing it through the module counts nothing
     module_free(foreign);
     EXPECT_EQ(meter.outstanding(), start);
     EXPECT_TRUE(meter.kept_up());
@@ -2009,7 +2008,7 @@ TEST_F(HostileHost, EveryExportSurvivesHostileArgumentsAndLeaksNothing) {
     ASSERT_GE(meter.hooked(), 3);
     const std::vector<std::wstring> settings = settings_tree();
 
-    run_table();  // warm-up: one-time allocations of the module, the C runtime and Wine
+    run_table(); // warm-up: one-time allocations of the module, the C runtime and Wine
     const test::HeapCount crt_warm = meter.outstanding(), heap_warm = test::count_heap_blocks();
     const std::size_t taken_before = meter.taken();
     run_table();
@@ -2029,5 +2028,5 @@ TEST_F(HostileHost, EveryExportSurvivesHostileArgumentsAndLeaksNothing) {
     EXPECT_EQ(settings_tree(), settings) << "the module's settings changed";
 }
 
-}  // namespace
-}  // namespace kq
+} // namespace
+} // namespace kq

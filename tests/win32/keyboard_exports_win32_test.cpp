@@ -106,9 +106,9 @@ TEST_F(KeyboardDll, LayoutTextAndKeyDisplayNames) {
     const std::span<const std::uint8_t> image = input::find_layout(u"de-de").keymap_image;
     const std::wstring text = L"de-de\tGerman - Germany";
     std::vector<wchar_t> buffer(text.size() + 1, L'#');
-    EXPECT_EQ(layout(0, image.data(), static_cast<uint32_t>(image.size()), buffer.data(),
-                     static_cast<uint32_t>(text.size())),
-              static_cast<kq_status>(0x8007006F))
+    EXPECT_EQ(
+        layout(0, image.data(), static_cast<uint32_t>(image.size()), buffer.data(), static_cast<uint32_t>(text.size())),
+        static_cast<kq_status>(0x8007006F))
         << "a buffer exactly as long as the text";
     EXPECT_EQ(layout(0, image.data(), static_cast<uint32_t>(image.size()), buffer.data(),
                      static_cast<uint32_t>(buffer.size())),

@@ -24,7 +24,8 @@ TEST_F(MediaFilesDll, EmptyMediaFromTheInstalledTemplates) {
     const auto release = resolve<decltype(KQFreeEmptyMedium)>("KQFreeEmptyMedium");
     ASSERT_TRUE(get2 && get && release);
 
-    for (const auto& [kind, size] : {std::pair{0u, 901120ull}, std::pair{1u, 1802240ull}, std::pair{0x100u, 901120ull}}) {
+    for (const auto& [kind, size] :
+         {std::pair{0u, 901120ull}, std::pair{1u, 1802240ull}, std::pair{0x100u, 901120ull}}) {
         kq_char* path = reinterpret_cast<kq_char*>(1);
         ASSERT_EQ(get2(&path, nullptr, 0, kind), KQ_S_OK) << kind;
         ASSERT_NE(path, nullptr);

@@ -14,8 +14,7 @@ namespace kq {
 namespace {
 
 std::optional<std::u16string> system_format(std::u16string_view message_template,
-                                            const std::vector<MessageArgument>& arguments,
-                                            DWORD extra_flags) {
+                                            const std::vector<MessageArgument>& arguments, DWORD extra_flags) {
     const std::u16string terminated(message_template);
     std::vector<std::u16string> texts;
     texts.reserve(arguments.size());
@@ -31,10 +30,9 @@ std::optional<std::u16string> system_format(std::u16string_view message_template
         }
     }
     wchar_t buffer[512];
-    const DWORD length = FormatMessageW(
-        FORMAT_MESSAGE_FROM_STRING | FORMAT_MESSAGE_ARGUMENT_ARRAY | extra_flags,
-        terminated.c_str(), 0, 0, buffer, 512,
-        reinterpret_cast<va_list*>(values.empty() ? nullptr : values.data()));
+    const DWORD length =
+        FormatMessageW(FORMAT_MESSAGE_FROM_STRING | FORMAT_MESSAGE_ARGUMENT_ARRAY | extra_flags, terminated.c_str(), 0,
+                       0, buffer, 512, reinterpret_cast<va_list*>(values.empty() ? nullptr : values.data()));
     if (length == 0) return std::nullopt;
     return std::u16string(reinterpret_cast<const char16_t*>(buffer), length);
 }

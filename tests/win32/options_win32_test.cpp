@@ -66,8 +66,8 @@ protected:
 };
 
 TEST_F(OptionsDll, EnumeratesSixRecordsLaidOutInOneLocalBlockThenEnds) {
-    const char16_t* names[] = {u"MouseHack", u"AutoMouseUntrap", u"WindowsPrinter",
-                               u"WindowsSerial", u"WindowsMIDIIn", u"WindowsMIDIOut"};
+    const char16_t* names[] = {u"MouseHack",     u"AutoMouseUntrap", u"WindowsPrinter",
+                               u"WindowsSerial", u"WindowsMIDIIn",   u"WindowsMIDIOut"};
     std::uint32_t index = 0;
     for (;; ++index) {
         KQOption* record = reinterpret_cast<KQOption*>(1);

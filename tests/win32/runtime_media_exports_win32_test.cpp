@@ -35,7 +35,7 @@ void modify(const std::wstring& path, const std::string& content) {
     FILETIME now;
     GetSystemTimeAsFileTime(&now);
     const std::uint64_t later = (static_cast<std::uint64_t>(now.dwHighDateTime) << 32 | now.dwLowDateTime) + 50000000;
-    const FILETIME written{static_cast<DWORD>(later), static_cast<DWORD>(later >> 32)};  // 5 s on
+    const FILETIME written{static_cast<DWORD>(later), static_cast<DWORD>(later >> 32)}; // 5 s on
     SetFileTime(file, nullptr, nullptr, &written);
     CloseHandle(file);
 }

@@ -42,7 +42,8 @@ test::Bytes oracle_image() {
 class CompressionOracle : public ::testing::Test {
 protected:
     void SetUp() override {
-        for (const char* tool : {"gzip", "zip", "7zz", "cmp"}) ASSERT_TRUE(test::have_tool(tool)) << tool << " is not installed";
+        for (const char* tool : {"gzip", "zip", "7zz", "cmp"})
+            ASSERT_TRUE(test::have_tool(tool)) << tool << " is not installed";
         image_ = oracle_image();
         std::ofstream(folder_.native(u"disk.hdf"), std::ios::binary)
             .write(reinterpret_cast<const char*>(image_.data()), static_cast<std::streamsize>(image_.size()));
@@ -58,15 +59,16 @@ TEST_F(CompressionOracle, WhatTheToolsWriteInflatesToTheImage) {
     const struct {
         std::u16string_view name;
         std::string command;
-        int zip_flags;   // expected general-purpose flags of a ZIP entry, or -1
-        int zip_method;  // expected method of a ZIP entry, or -1
+        int zip_flags;  // expected general-purpose flags of a ZIP entry, or -1
+        int zip_method; // expected method of a ZIP entry, or -1
     } cases[] = {
         {u"plain.adz", "gzip -c -n '" + in + "' > '" + file(u"plain.adz") + "'", -1, -1},
         {u"named.adz", "gzip -c -9 '" + in + "' > '" + file(u"named.adz") + "'", -1, -1},
         {u"stored.zip", "cd '" + file(u"") + "' && zip -q -0 stored.zip disk.hdf", 0, 0},
         {u"deflated.zip", "cd '" + file(u"") + "' && zip -q deflated.zip disk.hdf", 0, 8},
         {u"piped.zip", "zip -q - - < '" + in + "' | cat > '" + file(u"piped.zip") + "'", 8, 8},
-        {u"deflate64.zip", "cd '" + file(u"") + "' && 7zz a -bd -tzip -mm=Deflate64 deflate64.zip disk.hdf >/dev/null", 0, 9},
+        {u"deflate64.zip", "cd '" + file(u"") + "' && 7zz a -bd -tzip -mm=Deflate64 deflate64.zip disk.hdf >/dev/null",
+         0, 9},
         {u"deflate64-max.zip",
          "cd '" + file(u"") + "' && 7zz a -bd -tzip -mm=Deflate64 -mx=9 deflate64-max.zip disk.hdf >/dev/null", 0, 9},
     };
@@ -80,7 +82,8 @@ TEST_F(CompressionOracle, WhatTheToolsWriteInflatesToTheImage) {
             EXPECT_EQ(static_cast<int>(archive[8]), c.zip_method) << file(c.name);
         }
         const std::u16string out = std::u16string(c.name) + u".out";
-        EXPECT_EQ(inflate_file(module_path(folder_.native(c.name)), module_path(folder_.native(out))), InflateError::none)
+        EXPECT_EQ(inflate_file(module_path(folder_.native(c.name)), module_path(folder_.native(out))),
+                  InflateError::none)
             << file(c.name);
         EXPECT_EQ(run_shell("cmp -s '" + in + "' '" + file(out) + "'"), 0) << file(c.name);
     }
@@ -96,7 +99,9 @@ TEST_F(CompressionOracle, WhatTheDeflaterWritesPassesGzip) {
     EXPECT_NE(listing.find(std::to_string(image_.size())), std::string::npos) << listing;
     EXPECT_EQ(run_shell("gzip -dc '" + out + "' | cmp -s - '" + file(u"disk.hdf") + "'"), 0);
     // gzip -N restores the name stored in the header: the compressed file's own, lower-cased.
-    ASSERT_EQ(run_shell("cd '" + file(u"") + "' && mkdir named && cp Disk.HDZ named/ && cd named && gzip -d -N -S .HDZ Disk.HDZ"), 0);
+    ASSERT_EQ(run_shell("cd '" + file(u"") +
+                        "' && mkdir named && cp Disk.HDZ named/ && cd named && gzip -d -N -S .HDZ Disk.HDZ"),
+              0);
     EXPECT_TRUE(fs::exists(folder_.native(u"named\\disk.hdz")));
 }
 

@@ -65,7 +65,7 @@ TEST(Deflate64, WhatDeflateDoesNotHave) {
          [](Stream& s) {
              s.begin_fixed_block(true);
              for (char c : std::string("abc")) s.literal(c);
-             s.match(285, 1000, 16, 1003, 2, 0, 0, 3);  // distance 3
+             s.match(285, 1000, 16, 1003, 2, 0, 0, 3); // distance 3
              s.end_block();
          }},
         {"the longest match, 65538 bytes, at the farthest distance, 65536",
@@ -133,7 +133,7 @@ TEST(Deflate64, MalformedStreamsFail) {
          [](DeflateBitWriter& w) {
              w.bits(1, 1), w.bits(1, 2);
              w.fixed_literal('a');
-             w.fixed_literal(257), w.fixed_distance(3);  // length 3, distance 4
+             w.fixed_literal(257), w.fixed_distance(3); // length 3, distance 4
              w.fixed_literal(256);
          },
          InflateError::corrupt_data},
@@ -143,8 +143,7 @@ TEST(Deflate64, MalformedStreamsFail) {
              w.fixed_literal(286);
          },
          InflateError::corrupt_data},
-        {"reserved block type",
-         [](DeflateBitWriter& w) { w.bits(1, 1), w.bits(3, 2); }, InflateError::corrupt_data},
+        {"reserved block type", [](DeflateBitWriter& w) { w.bits(1, 1), w.bits(3, 2); }, InflateError::corrupt_data},
         {"stored length without its complement",
          [](DeflateBitWriter& w) {
              w.bits(1, 1), w.bits(0, 2), w.bits(0, 5);
@@ -161,15 +160,15 @@ TEST(Deflate64, MalformedStreamsFail) {
          [](DeflateBitWriter& w) {
              w.bits(1, 1), w.bits(2, 2);
              w.bits(0, 5), w.bits(0, 5), w.bits(0, 4);
-             for (int i = 0; i < 4; ++i) w.bits(1, 3);  // four codes of one bit
+             for (int i = 0; i < 4; ++i) w.bits(1, 3); // four codes of one bit
          },
          InflateError::corrupt_data},
         {"repeat of a previous length with none before it",
          [](DeflateBitWriter& w) {
              w.bits(1, 1), w.bits(2, 2);
              w.bits(0, 5), w.bits(0, 5), w.bits(0, 4);
-             w.bits(1, 3), w.bits(1, 3), w.bits(0, 3), w.bits(0, 3);  // symbols 16 and 17: one bit each
-             w.code(0, 1);  // symbol 16 first
+             w.bits(1, 3), w.bits(1, 3), w.bits(0, 3), w.bits(0, 3); // symbols 16 and 17: one bit each
+             w.code(0, 1);                                           // symbol 16 first
          },
          InflateError::corrupt_data},
         {"stream that ends in a block",

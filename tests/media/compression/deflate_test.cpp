@@ -54,12 +54,14 @@ Bytes deflate_bytes(const Bytes& image, std::u16string_view name = u"x.adz") {
 
 std::uint32_t le32_at(const Bytes& bytes, std::size_t at) {
     std::uint32_t value = 0;
-    for (int i = 3; i >= 0; --i) value = value << 8 | std::to_integer<std::uint32_t>(bytes[at + static_cast<std::size_t>(i)]);
+    for (int i = 3; i >= 0; --i)
+        value = value << 8 | std::to_integer<std::uint32_t>(bytes[at + static_cast<std::size_t>(i)]);
     return value;
 }
 
 TEST(Deflate, DataAndTrailerAreWhatInflatersExpect) {
-    for (const std::size_t size : {std::size_t{0}, std::size_t{1}, std::size_t{16384}, std::size_t{16385}, std::size_t{700001}}) {
+    for (const std::size_t size :
+         {std::size_t{0}, std::size_t{1}, std::size_t{16384}, std::size_t{16385}, std::size_t{700001}}) {
         const Bytes image = test::sample_image(size, static_cast<unsigned>(size));
         const Bytes written = deflate_bytes(image, u"a.adz");
         ASSERT_GE(written.size(), 15u + 8u);

@@ -34,7 +34,7 @@ Bytes truncated(Bytes bytes, std::size_t drop) {
 }
 
 TEST(Inflate, EveryAcceptedContainerGivesTheImageBack) {
-    const Bytes image = test::sample_image(300000);  // several 64 KiB buffers
+    const Bytes image = test::sample_image(300000); // several 64 KiB buffers
     const struct {
         const char* what;
         Bytes input;
@@ -44,7 +44,8 @@ TEST(Inflate, EveryAcceptedContainerGivesTheImageBack) {
         {"gzip with extra field and comment",
          test::gzip_member(image, {.extra = std::string("AB\x04\x00wxyz", 8), .name = "x", .comment = "made by hand"})},
         {"gzip with the header CRC flag", test::gzip_member(image, {.flags = 0x01})},
-        {"gzip followed by a second member", [&] {
+        {"gzip followed by a second member",
+         [&] {
              Bytes two = test::gzip_member(image);
              const Bytes second = test::gzip_member(test::bytes_of("more"));
              two.insert(two.end(), second.begin(), second.end());
@@ -55,7 +56,8 @@ TEST(Inflate, EveryAcceptedContainerGivesTheImageBack) {
         {"ZIP with a data descriptor", test::zip_archive(image, {.flags = 0x08})},
         {"ZIP64 stored", test::zip_archive(image, {.method = 0, .zip64 = true})},
         {"ZIP64 with a data descriptor", test::zip_archive(image, {.flags = 0x08, .zip64 = true})},
-        {"ZIP with an extra field", test::zip_archive(image, {.extra = std::string("UT\x05\x00\x01\x02\x03\x04\x05", 9)})},
+        {"ZIP with an extra field",
+         test::zip_archive(image, {.extra = std::string("UT\x05\x00\x01\x02\x03\x04\x05", 9)})},
     };
     for (const auto& c : cases) {
         const Inflated result = inflate_bytes(c.input);
@@ -73,7 +75,7 @@ TEST(Inflate, EveryFailureHasItsCode) {
     const Bytes image = test::sample_image(5000);
     const Bytes gzip = test::gzip_member(image);
     Bytes corrupt = test::gzip_member(image);
-    corrupt[10] = std::byte{0x07};  // first block: final, type 3 (reserved)
+    corrupt[10] = std::byte{0x07}; // first block: final, type 3 (reserved)
     const Bytes zip = test::zip_archive(image);
     Bytes zip_bad_signature = zip;
     zip_bad_signature[3] = std::byte{0x06};

@@ -40,18 +40,15 @@ TEST(DmsStages, RunLengths) {
     const struct {
         const char* in;
         std::size_t size;
-        const char* out;  // nullptr: refused
+        const char* out; // nullptr: refused
     } cases[] = {
-        {"419000", 2, "4190"},
-        {"9003aa42", 4, "aaaaaa42"},
-        {"90ff7a0005", 5, "7a7a7a7a7a"},
-        {"4142434445", 3, "414243"},  // what is left over is not needed
-        {"9004aa", 3, nullptr},        // a run past the end
-        {"90ff7a0100", 255, nullptr},
-        {"4142", 3, nullptr},          // input too short
-        {"4190", 3, nullptr},          // a mark without its count
-        {"419003", 3, nullptr},        // a run without its byte
-        {"90ff7a00", 3, nullptr},      // a long run without its low count
+        {"419000", 2, "4190"},        {"9003aa42", 4, "aaaaaa42"}, {"90ff7a0005", 5, "7a7a7a7a7a"},
+        {"4142434445", 3, "414243"},                        // what is left over is not needed
+        {"9004aa", 3, nullptr},                             // a run past the end
+        {"90ff7a0100", 255, nullptr}, {"4142", 3, nullptr}, // input too short
+        {"4190", 3, nullptr},                               // a mark without its count
+        {"419003", 3, nullptr},                             // a run without its byte
+        {"90ff7a00", 3, nullptr},                           // a long run without its low count
     };
     for (const auto& c : cases) {
         Bytes out(c.size, 0xEE);
@@ -65,12 +62,12 @@ TEST(DmsStages, RunLengths) {
 
 TEST(DmsStages, CanonicalCodes) {
     CanonicalCode code;
-    ASSERT_TRUE(code.build(Bytes{3, 1, 3, 2}));  // codes 110, 0, 111, 10
-    Bytes stream = from_hex("6f000000000000000000");  // 0 110 111 10 0, then zeros (and padding)
+    ASSERT_TRUE(code.build(Bytes{3, 1, 3, 2}));      // codes 110, 0, 111, 10
+    Bytes stream = from_hex("6f000000000000000000"); // 0 110 111 10 0, then zeros (and padding)
     BitReader bits{std::span(stream).first(2)};
     for (const unsigned expected : {1u, 0u, 2u, 3u, 1u, 1u}) EXPECT_EQ(code.decode(bits), expected);
 
-    Bytes chain;  // lengths 1..31, and a second 31: the last code is 31 ones
+    Bytes chain; // lengths 1..31, and a second 31: the last code is 31 ones
     for (std::uint8_t length = 1; length <= 31; ++length) chain.push_back(length);
     chain.push_back(31);
     ASSERT_TRUE(code.build(chain));
@@ -79,11 +76,11 @@ TEST(DmsStages, CanonicalCodes) {
     EXPECT_EQ(code.decode(long_bits), 31);
     EXPECT_EQ(long_bits.get(1), 1u);
     code.set_single(7);
-    EXPECT_EQ(code.decode(long_bits), 7);  // no bits taken
-    EXPECT_EQ(long_bits.get(2), 0u);       // past the data: zeros
+    EXPECT_EQ(code.decode(long_bits), 7); // no bits taken
+    EXPECT_EQ(long_bits.get(2), 0u);      // past the data: zeros
 
     for (const Bytes& lengths : {Bytes{1, 1, 1}, Bytes{1, 2}, Bytes{1}, Bytes{0, 0}, Bytes{1, 32, 1}})
-        EXPECT_FALSE(code.build(lengths)) << lengths.size();  // over-full, incomplete, empty, too long
+        EXPECT_FALSE(code.build(lengths)) << lengths.size(); // over-full, incomplete, empty, too long
 }
 
 } // namespace

@@ -17,11 +17,11 @@ using Bytes = std::vector<std::uint8_t>;
 
 struct Sample {
     const char* name;
-    const char* sha256;       // of the image (what xdms writes)
-    std::size_t image_bytes;  // up to the archive's last cylinder
+    const char* sha256;      // of the image (what xdms writes)
+    std::size_t image_bytes; // up to the archive's last cylinder
     std::size_t cylinder_bytes;
 };
-std::span<const Sample> samples();  // those that unpack (not the encrypted one)
+std::span<const Sample> samples(); // those that unpack (not the encrypted one)
 
 std::filesystem::path data_folder();
 Bytes read_sample(std::string_view name);
@@ -33,10 +33,10 @@ struct Unpacked {
 };
 Unpacked unpack(const Bytes& archive);
 
-std::vector<std::size_t> record_offsets(const Bytes& archive);  // by the packed lengths
+std::vector<std::size_t> record_offsets(const Bytes& archive); // by the packed lengths
 void put16(Bytes& archive, std::size_t at, unsigned value);
 void fix_header_crc(Bytes& archive);
 void fix_record_header_crc(Bytes& archive, std::size_t record);
-void fix_record_crcs(Bytes& archive, std::size_t record);  // of the data, then of the header
+void fix_record_crcs(Bytes& archive, std::size_t record); // of the data, then of the header
 
 } // namespace kq::test::dms

@@ -83,7 +83,7 @@ TEST(DmsRecords, PlacementAndOrder) {
     const struct {
         Bytes archive;
         DmsError error;
-        std::size_t written;  // cylinders
+        std::size_t written; // cylinders
     } cases[] = {
         {archive({0, 2, 1}), DmsError::track_order, 3},
         {archive({0, 1, 1}), DmsError::track_order, 2},
@@ -108,12 +108,12 @@ TEST(DmsRecords, RefusedArchives) {
         DmsError error;
     } cases[] = {
         {10, 0x0002, DmsError::encrypted},
-        {10, 0x0020, DmsError::not_a_disk},            // a PC disk
-        {50, 7, DmsError::not_a_disk},                 // a single file
-        {10, 0x0010, DmsError::bad_record},            // high density, with double-density records
-        {first + 12, 0x0707, DmsError::bad_record},    // mode 7
-        {first + 12, 0x0506, DmsError::corrupt_data},  // heavy without codes yet
-        {first + 12, 0x0306, DmsError::bad_record},    // heavy without run lengths, but lengths for them
+        {10, 0x0020, DmsError::not_a_disk},           // a PC disk
+        {50, 7, DmsError::not_a_disk},                // a single file
+        {10, 0x0010, DmsError::bad_record},           // high density, with double-density records
+        {first + 12, 0x0707, DmsError::bad_record},   // mode 7
+        {first + 12, 0x0506, DmsError::corrupt_data}, // heavy without codes yet
+        {first + 12, 0x0306, DmsError::bad_record},   // heavy without run lengths, but lengths for them
     };
     for (const auto& c : cases) {
         Bytes archive = heavy;
@@ -240,7 +240,7 @@ TEST(DmsDamage, Truncated) {
             const Unpacked result =
                 unpack(Bytes(original.begin(), original.begin() + static_cast<std::ptrdiff_t>(cut)));
             const std::string what = std::string(name).append(" cut at ").append(std::to_string(cut));
-            std::size_t complete = 0;  // records before the cut
+            std::size_t complete = 0; // records before the cut
             while (complete < at.size() && (complete + 1 < at.size() ? at[complete + 1] : original.size()) <= cut)
                 ++complete;
             const std::size_t next = complete < at.size() ? at[complete] : original.size();
@@ -265,7 +265,7 @@ TEST(DmsDamage, LyingLengths) {
     const unsigned packed = original[record + 6] << 8 | original[record + 7],
                    stage1 = original[record + 8] << 8 | original[record + 9];
     const struct {
-        std::size_t field;  // 6 packed, 8 first stage, 10 unpacked
+        std::size_t field; // 6 packed, 8 first stage, 10 unpacked
         unsigned value;
         std::vector<DmsError> errors;
     } cases[] = {
@@ -276,7 +276,7 @@ TEST(DmsDamage, LyingLengths) {
         {10, 11263, {DmsError::bad_record}},
         {10, 22528, {DmsError::bad_record}},
         {10, 0xFFFF, {DmsError::bad_record}},
-        {10, 1024, {DmsError::checksum, DmsError::corrupt_data}},  // skipped as an advert: the chain breaks
+        {10, 1024, {DmsError::checksum, DmsError::corrupt_data}}, // skipped as an advert: the chain breaks
         {8, 0, {DmsError::corrupt_data}},
         {8, stage1 - 1, {DmsError::corrupt_data, DmsError::checksum}},
         {8, stage1 + 300, {DmsError::corrupt_data, DmsError::checksum}},
