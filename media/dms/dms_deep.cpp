@@ -6,7 +6,6 @@
 namespace kq::media::dms {
 namespace {
 
-constexpr unsigned kWindowBytes = 16384;
 constexpr unsigned kGapAfterRecord = 60;
 constexpr unsigned kFirstMatchSymbol = 256;
 constexpr unsigned kMatchLengthBias = 253; // symbol 256 is a match of 3 bytes
@@ -27,6 +26,12 @@ void DeepTree::reset() {
     }
     freq_[kNodes] = 0xFFFF;
     parent_[kRoot] = 0;
+    index_weights();
+}
+
+void DeepTree::index_weights() {
+    for (unsigned n = 0; n < kNodes; ++n)
+        if (freq_[n] < kIndexedWeights) last_of_weight_[freq_[n]] = static_cast<std::uint16_t>(n);
 }
 
 unsigned DeepTree::decode(BitReader& bits) {
@@ -48,12 +53,15 @@ void DeepTree::update(unsigned symbol) {
     if (freq_[kRoot] == kLimit) rebuild();
     unsigned n = parent_[symbol + kNodes];
     do {
-        const unsigned f = ++freq_[n];
-        if (f > freq_[n + 1]) {
-            unsigned m = n + 1;
-            while (f > freq_[m + 1]) ++m;
-            freq_[n] = freq_[m];
-            freq_[m] = static_cast<std::uint16_t>(f);
+        const unsigned old = freq_[n], f = old + 1;
+        // The last node of n's weight, where n goes (the weights after n are sorted, and the
+        // sentinel above them all ends the search).
+        unsigned m = n;
+        if (freq_[n + 1] == old)
+            m = old < kIndexedWeights ? last_of_weight_[old]
+                                      : static_cast<unsigned>(std::lower_bound(freq_.begin() + n + 2, freq_.end(), f) -
+                                                              freq_.begin() - 1);
+        if (m != n) { // n takes the place of m, whose weight is n's old one
             const unsigned a = child_[n], b = child_[m];
             child_[m] = static_cast<std::uint16_t>(a);
             parent_[a] = static_cast<std::uint16_t>(m);
@@ -61,9 +69,12 @@ void DeepTree::update(unsigned symbol) {
             child_[n] = static_cast<std::uint16_t>(b);
             parent_[b] = static_cast<std::uint16_t>(n);
             if (b < kNodes) parent_[b + 1] = static_cast<std::uint16_t>(n);
-            n = m;
         }
-        n = parent_[n];
+        freq_[m] = static_cast<std::uint16_t>(f);
+        // m left its run of the old weight, of which it was the last, and joins the next.
+        if (old < kIndexedWeights) last_of_weight_[old] = static_cast<std::uint16_t>(m - 1);
+        if (f < kIndexedWeights && freq_[m + 1] != f) last_of_weight_[f] = static_cast<std::uint16_t>(m);
+        n = parent_[m];
     } while (n != 0);
 }
 
@@ -91,10 +102,11 @@ void DeepTree::rebuild() {
         parent_[c] = static_cast<std::uint16_t>(i);
         if (c < kNodes) parent_[c + 1] = static_cast<std::uint16_t>(i);
     }
+    index_weights();
 }
 
 void unpack_deep(BitReader& bits, LzWindow& window, DeepTree& tree, std::span<std::uint8_t> out) {
-    unpack_lz_record(window, kWindowBytes, window.deep, kGapAfterRecord, out, [&](LzOutput& output) {
+    unpack_lz_record(window, kDeepWindowBytes, window.deep, kGapAfterRecord, out, [&](LzOutput& output) {
         const unsigned symbol = tree.decode(bits);
         if (symbol < kFirstMatchSymbol)
             output.literal(static_cast<std::uint8_t>(symbol));

@@ -13,6 +13,10 @@
 
 namespace kq::media::dms {
 
+inline constexpr unsigned kQuickWindowBytes = 256, kMediumWindowBytes = 16384, kDeepWindowBytes = 16384;
+// The longest match of any mode: a match may run this far less one past a record's end.
+inline constexpr unsigned kLongestMatch = 256;
+
 struct LzWindow {
     static constexpr unsigned kBytes = 16384;
     std::array<std::uint8_t, kBytes> bytes{};
@@ -23,11 +27,15 @@ struct LzWindow {
     // over a zeroed window, unless modes were mixed within one chain of records).
     void reset() {
         bytes.fill(0);
-        quick = 251;
-        medium = 16318;
-        deep = 16324;
-        heavy = 0;
+        reset_positions();
     }
+    void reset_positions() {
+        quick = kQuickStart;
+        medium = kMediumStart;
+        deep = kDeepStart;
+        heavy = kHeavyStart;
+    }
+    static constexpr unsigned kQuickStart = 251, kMediumStart = 16318, kDeepStart = 16324, kHeavyStart = 0;
 };
 
 // Writes one record's first-stage output: each byte into the window and, up to the record's

@@ -30,8 +30,14 @@ private:
     static constexpr unsigned kRoot = kNodes - 1;
     static constexpr unsigned kLimit = 0x8000; // the root's weight at which all are halved
 
+    // Below this weight the last node of each weight is kept at hand (last_of_weight_): while
+    // weights are small, runs of equal weights are long (at the start every leaf weighs 1), and
+    // most updates trade places with a node far along.
+    static constexpr unsigned kIndexedWeights = 128;
+
     void update(unsigned symbol);
     void rebuild();
+    void index_weights();
 
     // Weights, kept sorted by node; one more entry as a sentinel above every weight.
     std::array<std::uint16_t, kNodes + 1> freq_{};
@@ -39,6 +45,8 @@ private:
     std::array<std::uint16_t, kNodes> child_{};
     // Parents of nodes, then (from kNodes on) the leaf of each symbol.
     std::array<std::uint16_t, kNodes + kSymbols> parent_{};
+    // For each weight below kIndexedWeights that some node has, the last node that has it.
+    std::array<std::uint16_t, kIndexedWeights> last_of_weight_{};
 };
 
 // Deep: literals and matches of 3..60 bytes up to 16 KiB back, coded by the adaptive tree.
