@@ -1,5 +1,6 @@
 // Unpacks arbitrary bytes as a DMS archive, as they are and once more with every CRC made
-// right (so that mutations get past the CRCs to the decoders). Whatever it returns, the image
+// right (so that mutations get past the CRCs to the decoders); encrypted archives too, whose
+// seeds carry a banner before the first disk record. Whatever it returns, the image
 // never passes 80 cylinders of the largest size and is written in whole cylinders; an archive
 // that unpacks without error gives at least one cylinder.
 
@@ -42,11 +43,24 @@ void put16(std::vector<std::uint8_t>& bytes, std::size_t at, std::uint16_t value
     bytes[at + 1] = static_cast<std::uint8_t>(value);
 }
 
+// Whether an encrypted archive's keys are narrowed before its first disk record: by a first
+// record that does not go to the disk (a banner) of at least 16 stored bytes. Otherwise the
+// unpacker tries all 65,536 keys on the first disk record, too slow to fuzz at speed (the unit
+// tests cover that search).
+bool keys_narrowed(std::span<const std::uint8_t> bytes) {
+    if (bytes.size() < 56 + 20) return false;
+    const unsigned number = bytes[58] << 8 | bytes[59], packed = bytes[62] << 8 | bytes[63],
+                   unpacked = bytes[66] << 8 | bytes[67];
+    return (number >= 80 || unpacked <= 2048) && packed >= 16;
+}
+
 // The file header's CRC and, record by record as the unpacker finds them, the CRCs of the
-// packed data (as much of it as there is) and of the record header.
+// packed data (as much of it as there is) and of the record header. An encrypted archive whose
+// keys are not narrowed is taken as a plain one.
 std::vector<std::uint8_t> with_right_crcs(std::span<const std::uint8_t> input) {
     std::vector<std::uint8_t> bytes(input.begin(), input.end());
     if (bytes.size() < 56) return bytes;
+    if (!keys_narrowed(bytes)) bytes[11] &= static_cast<std::uint8_t>(~0x02);
     const std::span<const std::uint8_t> all(bytes);
     put16(bytes, 54, kq::media::dms::crc16(all.subspan(4, 50)));
     for (std::size_t at = 56; at + 20 <= bytes.size() && bytes[at] == 'T' && bytes[at + 1] == 'R';) {

@@ -27,6 +27,9 @@ inline constexpr std::uint32_t kInfoPcDisk = 0x0020;
 // The disk type of an archive that holds one file rather than a disk.
 inline constexpr std::uint32_t kDiskTypeSingleFile = 7;
 
+// Record modes: stored, simple (run lengths only), then the LZ modes.
+enum RecordMode : std::uint8_t { kModeNone, kModeSimple, kModeQuick, kModeMedium, kModeDeep, kModeHeavy1, kModeHeavy2 };
+
 // Record flags.
 inline constexpr std::uint8_t kFlagKeepState = 0x01;  // the next record goes on from this one's state
 inline constexpr std::uint8_t kFlagHeavyCodes = 0x02; // heavy: new codes at the start of the data

@@ -8,8 +8,6 @@
 namespace kq::media::dms {
 namespace {
 
-enum Mode : std::uint8_t { kModeNone, kModeSimple, kModeQuick, kModeMedium, kModeDeep, kModeHeavy1, kModeHeavy2 };
-
 DmsError first_stage(const RecordHeader& header, std::span<const std::uint8_t> packed, DecoderState& state,
                      std::span<std::uint8_t> out) {
     BitReader bits(packed);
@@ -26,6 +24,11 @@ DmsError first_stage(const RecordHeader& header, std::span<const std::uint8_t> p
     }
 }
 
+// The stage that the run-length stage reads, or that is the record when there is none.
+bool has_rle_stage(const RecordHeader& header) {
+    return header.mode < kModeHeavy1 || (header.flags & kFlagHeavyRle) != 0;
+}
+
 DmsError unpack_stages(const RecordHeader& header, std::span<const std::uint8_t> packed, DecoderState& state,
                        std::span<std::uint8_t, kMaxRecordBytes> stage1, std::span<std::uint8_t> out) {
     switch (header.mode) {
@@ -39,8 +42,7 @@ DmsError unpack_stages(const RecordHeader& header, std::span<const std::uint8_t>
     case kModeDeep:
     case kModeHeavy1:
     case kModeHeavy2: {
-        const bool rle = header.mode < kModeHeavy1 || (header.flags & kFlagHeavyRle) != 0;
-        if (!rle) {
+        if (!has_rle_stage(header)) {
             if (header.stage1 != out.size()) return DmsError::bad_record;
             return first_stage(header, packed, state, out);
         }
@@ -60,6 +62,27 @@ DmsError unpack_record(const RecordHeader& header, std::span<const std::uint8_t>
     if (checksum(out) != header.checksum) return DmsError::checksum;
     if ((header.flags & kFlagKeepState) == 0) state.reset();
     return DmsError::none;
+}
+
+bool unpacks_to_checksum(const RecordHeader& header, std::span<const std::uint8_t> packed, DecoderState& state,
+                         std::span<std::uint8_t, kMaxRecordBytes> stage1) {
+    switch (header.mode) {
+    case kModeNone:
+        return packed.size() >= header.unpacked && checksum(packed.first(header.unpacked)) == header.checksum;
+    case kModeSimple: return rle_checksum(packed, header.unpacked) == header.checksum;
+    case kModeQuick:
+    case kModeMedium:
+    case kModeDeep:
+    case kModeHeavy1:
+    case kModeHeavy2: {
+        const bool rle = has_rle_stage(header);
+        if (!rle && header.stage1 != header.unpacked) return false;
+        const std::span<std::uint8_t> middle = stage1.first(std::min<std::size_t>(header.stage1, stage1.size()));
+        if (first_stage(header, packed, state, middle) != DmsError::none) return false;
+        return (rle ? rle_checksum(middle, header.unpacked) : std::optional(checksum(middle))) == header.checksum;
+    }
+    default: return false;
+    }
 }
 
 } // namespace kq::media::dms

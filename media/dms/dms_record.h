@@ -36,4 +36,10 @@ inline constexpr std::size_t kMaxRecordBytes = 0xFFFF;
 DmsError unpack_record(const RecordHeader& header, std::span<const std::uint8_t> packed, DecoderState& state,
                        std::span<std::uint8_t, kMaxRecordBytes> stage1, std::span<std::uint8_t> out);
 
+// Whether `packed` unpacks as unpack_record would, checksum included, without writing the
+// record anywhere: for trying the keys of an encrypted record. `state` is left as the stages
+// leave it.
+bool unpacks_to_checksum(const RecordHeader& header, std::span<const std::uint8_t> packed, DecoderState& state,
+                         std::span<std::uint8_t, kMaxRecordBytes> stage1);
+
 } // namespace kq::media::dms

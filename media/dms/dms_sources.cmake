@@ -4,6 +4,7 @@ set(KQ_DMS_SOURCES
   dms/dms_canonical_code.cpp
   dms/dms_checks.cpp
   dms/dms_deep.cpp
+  dms/dms_key_search.cpp
   dms/dms_heavy.cpp
   dms/dms_medium.cpp
   dms/dms_quick.cpp

@@ -3,12 +3,15 @@
 #include "media/compression/input_buffer.h"
 #include "media/dms/dms_archive.h"
 #include "media/dms/dms_checks.h"
+#include "media/dms/dms_cipher.h"
+#include "media/dms/dms_key_search.h"
 #include "media/dms/dms_record.h"
 
 #include <algorithm>
 #include <array>
 #include <memory>
 #include <new>
+#include <optional>
 
 namespace kq::media {
 namespace {
@@ -117,7 +120,36 @@ private:
     std::uint32_t next_ = 0;
 };
 
-DmsError read_records(InputBuffer& in, Workspace& workspace, ImageWriter& writer, std::uint32_t cylinder_bytes) {
+// The key of an encrypted archive: unknown (a range of keys) until the first disk record gives
+// it, then running on from record to record.
+class Decryption {
+public:
+    // Decrypts a record's packed bytes in place (FILEID.DIZ is stored in clear). While the key is
+    // not known, the records before the first disk record only narrow the range; the first disk
+    // record is searched for it. False when no key unpacks that record.
+    bool decrypt(const RecordHeader& record, bool goes_to_disk, std::span<std::uint8_t> packed) {
+        if (record.number == kClearRecord) return true;
+        if (!cipher_ && !goes_to_disk) {
+            unknown_.pass(packed);
+            return true;
+        }
+        if (!cipher_) {
+            const auto space = std::make_unique<KeySearchSpace>();
+            const std::optional<std::uint16_t> key = find_record_key(record, packed, unknown_, *space);
+            if (!key) return false;
+            cipher_.emplace(*key);
+        }
+        cipher_->decrypt(packed);
+        return true;
+    }
+
+private:
+    KeyRange unknown_;
+    std::optional<Cipher> cipher_;
+};
+
+DmsError read_records(InputBuffer& in, Workspace& workspace, ImageWriter& writer, std::uint32_t cylinder_bytes,
+                      Decryption* decryption) {
     for (;;) {
         std::array<std::uint8_t, kRecordHeaderBytes> record_bytes{};
         const std::size_t got = in.read(std::as_writable_bytes(std::span(record_bytes)));
@@ -132,10 +164,14 @@ DmsError read_records(InputBuffer& in, Workspace& workspace, ImageWriter& writer
         if (in.read(std::as_writable_bytes(packed)) != packed.size())
             return in.failed() ? DmsError::read_failed : DmsError::record_data;
         if (crc16(packed) != record.data_crc) return DmsError::record_data;
-        if (record.number >= kCylinders || record.unpacked <= kMaxExtraBytes) continue;
+        const bool goes_to_disk = record.number < kCylinders && record.unpacked > kMaxExtraBytes;
+        if (goes_to_disk && record.unpacked != cylinder_bytes) return DmsError::bad_record;
+        if (goes_to_disk && record.number < writer.next_cylinder()) return DmsError::track_order;
+        // A key that unpacks the record is its checksum's match: without one, the record is as
+        // corrupt as one whose checksum fails.
+        if (decryption != nullptr && !decryption->decrypt(record, goes_to_disk, packed)) return DmsError::checksum;
+        if (!goes_to_disk) continue;
 
-        if (record.unpacked != cylinder_bytes) return DmsError::bad_record;
-        if (record.number < writer.next_cylinder()) return DmsError::track_order;
         std::fill_n(workspace.packed.begin() + record.packed, kBitReaderPadding, std::uint8_t{0});
         const std::span<std::uint8_t> cylinder = writer.room_for(record.number);
         if (cylinder.empty()) return DmsError::write_failed;
@@ -156,13 +192,16 @@ DmsError unpack(ByteSource& archive, ByteSink& image) {
         return in.failed() ? DmsError::read_failed : DmsError::not_dms;
     ArchiveHeader header;
     if (const DmsError error = read_archive_header(header_bytes, header); error != DmsError::none) return error;
-    if ((header.info & kInfoEncrypted) != 0) return DmsError::encrypted;
     if ((header.info & kInfoPcDisk) != 0 || header.disk_type == kDiskTypeSingleFile) return DmsError::not_a_disk;
+    std::optional<Decryption> decryption;
+    if ((header.info & kInfoEncrypted) != 0) decryption.emplace();
 
     const std::uint32_t cylinder_bytes =
         (header.info & kInfoHighDensity) != 0 ? kHighDensityCylinderBytes : kDoubleDensityCylinderBytes;
     ImageWriter writer(image, workspace->output, cylinder_bytes);
-    if (const DmsError error = read_records(in, *workspace, writer, cylinder_bytes); error != DmsError::none) {
+    if (const DmsError error =
+            read_records(in, *workspace, writer, cylinder_bytes, decryption ? &*decryption : nullptr);
+        error != DmsError::none) {
         writer.hand_on(); // the cylinders unpacked before the failure
         return error;
     }

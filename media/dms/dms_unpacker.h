@@ -5,7 +5,9 @@
 // archive holds (missing ones before it as zeros): 901,120 bytes for a whole double-density
 // disk and 1,802,240 for a high-density one, less for an archive of part of a disk, as other
 // DMS unpackers write it. Banner,
-// FILEID.DIZ and advertising boot-block records are skipped; encrypted archives are refused.
+// FILEID.DIZ and advertising boot-block records are skipped. Password-protected archives are
+// unpacked without their password: the key is found from the first cylinder's checksum
+// (dms_key_search.h).
 // Reading is bounded: no record can make the unpacker read or write beyond the limits of the
 // format.
 //
@@ -26,7 +28,6 @@ enum class DmsError : std::uint32_t {
     output_uncreated, // the image file cannot be created
     not_dms,          // no "DMS!" header, or the header is cut short
     header_crc,       // the archive header's CRC-16 does not match
-    encrypted,        // password-protected: refused
     not_a_disk,       // a PC disk or a single-file archive
     record_header,    // a record header that is cut short or whose CRC-16 does not match
     record_data,      // packed data that is cut short or whose CRC-16 does not match

@@ -3,6 +3,7 @@
 
 #include "media/copy_medium.h"
 #include "platform/files.h"
+#include "tests/media/dms/dms_test_support.h"
 #include "tests/support/compressed_files.h"
 #include "tests/support/printable.h"
 #include "tests/support/temp_folder.h"
@@ -67,8 +68,14 @@ TEST_F(CopyMedium, NamesAndConversion) {
 TEST_F(CopyMedium, UnpackingFailuresLeaveNothing) {
     source_.create_file(u"Broken.adz", as_text(test::gzip_member(test::sample_image(5000), {.crc_xor = 1})));
     source_.create_file(u"Broken.dms", "DMS!not really");
+    // Encrypted, and no key unpacks its first cylinder: refused like any corrupt archive.
+    test::dms::Bytes encrypted = test::dms::encrypted(test::dms::read_sample("rle_small.dms"), 0x1234);
+    const std::size_t cylinder = test::dms::record_offsets(encrypted)[1];
+    encrypted[cylinder + 20 + 7] ^= 0x10;
+    test::dms::fix_record_crcs(encrypted, cylinder);
+    source_.create_file(u"Encrypted.dms", std::string(encrypted.begin(), encrypted.end()));
     std::u16string target;
-    for (const std::u16string_view name : {u"Broken.adz", u"Broken.dms"}) {
+    for (const std::u16string_view name : {u"Broken.adz", u"Broken.dms", u"Encrypted.dms"}) {
         EXPECT_EQ(copy(name, kCopyMediumConvert, target), status::from_win32(platform::system_error::invalid_data));
         EXPECT_TRUE(target.empty());
     }

@@ -115,4 +115,19 @@ void fix_record_crcs(Bytes& archive, std::size_t record) {
     fix_record_header_crc(archive, record);
 }
 
+Bytes encrypted(Bytes archive, std::uint16_t key) {
+    archive[11] |= 0x02;
+    fix_header_crc(archive);
+    for (const std::size_t record : record_offsets(archive)) {
+        if ((archive[record + 2] << 8 | archive[record + 3]) == 80) continue; // FILEID.DIZ stays clear
+        const std::size_t packed = archive[record + 6] << 8 | archive[record + 7];
+        for (std::size_t i = record + 20; i < record + 20 + packed; ++i) {
+            archive[i] = static_cast<std::uint8_t>(archive[i] ^ key);
+            key = static_cast<std::uint16_t>((key >> 1) + archive[i]);
+        }
+        fix_record_crcs(archive, record);
+    }
+    return archive;
+}
+
 } // namespace kq::test::dms

@@ -38,5 +38,8 @@ void put16(Bytes& archive, std::size_t at, unsigned value);
 void fix_header_crc(Bytes& archive);
 void fix_record_header_crc(Bytes& archive, std::size_t record);
 void fix_record_crcs(Bytes& archive, std::size_t record); // of the data, then of the header
+// The archive as a password with first key `key` would store it: every record but FILEID.DIZ
+// encrypted in file order, the info bit set, the CRCs made right.
+Bytes encrypted(Bytes archive, std::uint16_t key);
 
 } // namespace kq::test::dms

@@ -43,9 +43,44 @@ TEST(DmsSamples, EveryModeUnpacksToItsImage) {
         ASSERT_EQ(result.image.size(), sample.image_bytes) << sample.name;
         EXPECT_EQ(sha256(result.image), sample.sha256) << sample.name;
     }
+    // The password-protected sample, opened without its password, gives its plain twin's image.
     const Unpacked encrypted = unpack(read_sample("test_C1_heavy2_pwd.dms"));
-    EXPECT_EQ(encrypted.error, DmsError::encrypted);
-    EXPECT_TRUE(encrypted.image.empty());
+    ASSERT_EQ(encrypted.error, DmsError::none);
+    EXPECT_EQ(sha256(encrypted.image), sample_named("test_C1_heavy2.dms").sha256);
+}
+
+// Every sample encrypted here with a first key of the test's choosing comes back byte for byte:
+// every mode as the first disk record, a banner before it (whose stored bytes narrow the keys)
+// and a FILEID.DIZ in clear (rle_small), the lowest and highest keys.
+TEST(DmsEncryption, EveryModeOpensWithoutItsPassword) {
+    const struct {
+        const char* name;
+        std::uint16_t key;
+    } rows[] = {
+        {"rle_small.dms", 0xFFFF},      {"test_C1_none.dms", 0x6CF9},   {"test_C1_simple.dms", 0x779A},
+        {"test_C1_quick.dms", 0x8818},  {"test_C1_medium.dms", 0x288D}, {"test_C1_deep.dms", 0x25B1},
+        {"test_C1_heavy1.dms", 0x0000}, {"test_C1_heavy2.dms", 0xBACC}, {"test_C1_ext.dms", 0x1234},
+    };
+    for (const auto& row : rows) {
+        const Unpacked result = unpack(encrypted(read_sample(row.name), row.key));
+        ASSERT_EQ(result.error, DmsError::none) << row.name;
+        EXPECT_EQ(sha256(result.image), sample_named(row.name).sha256) << row.name;
+    }
+}
+
+// No key unpacks a damaged first cylinder (its CRCs made right): refused like any record whose
+// checksum fails, with nothing written.
+TEST(DmsEncryption, DamageIsRefused) {
+    for (const char* name : {"test_C1_heavy2_pwd.dms", "test_C1_quick.dms"}) {
+        Bytes archive =
+            std::string_view(name).ends_with("_pwd.dms") ? read_sample(name) : encrypted(read_sample(name), 0x4242);
+        const std::size_t first = record_offsets(archive).front();
+        archive[first + 20 + 40] ^= 0x01;
+        fix_record_crcs(archive, first);
+        const Unpacked result = unpack(archive);
+        EXPECT_EQ(result.error, DmsError::checksum) << name;
+        EXPECT_TRUE(result.image.empty()) << name;
+    }
 }
 
 TEST(DmsFiles, FromFileToFile) {
@@ -107,7 +142,7 @@ TEST(DmsRecords, RefusedArchives) {
         unsigned value;
         DmsError error;
     } cases[] = {
-        {10, 0x0002, DmsError::encrypted},
+        {10, 0x0002, DmsError::checksum},             // encrypted, yet no key unpacks the first record
         {10, 0x0020, DmsError::not_a_disk},           // a PC disk
         {50, 7, DmsError::not_a_disk},                // a single file
         {10, 0x0010, DmsError::bad_record},           // high density, with double-density records
