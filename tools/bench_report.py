@@ -174,8 +174,15 @@ def dms_rows(results):
     if values is None:
         return [failed_row("DMS unpacking", "xdms")]
     ours, theirs = values["module_mib_per_s"], values["xdms_mib_per_s"]
-    return [row(f"DMS unpacking, {int(values['archives'])} archives together", f"{ours:.1f} MiB/s",
+    rows = [row(f"DMS unpacking, {int(values['archives'])} archives together", f"{ours:.1f} MiB/s",
                 f"`xdms u`: {theirs:.1f} MiB/s", ours / theirs, values["module_peak_kib"], values["xdms_peak_kib"])]
+    if "encrypted_slowest_ms" in values:
+        slowest, xdms_plain = values["encrypted_slowest_ms"], values["xdms_plain_twin_mean_ms"]
+        rows.append(row(f"DMS floppy encrypted with an unknown password, opened without it "
+                        f"(slowest of {int(values['encrypted_archives'])} archives)", f"{slowest:.1f} ms",
+                        f"`xdms u` of the plain twin: {xdms_plain:.1f} ms (the module: "
+                        f"{values['plain_twin_mean_ms']:.1f} ms)", xdms_plain / slowest))
+    return rows
 
 
 def volume_name_rows(results):
@@ -237,6 +244,12 @@ def notes(results):
         f"- **DMS unpacking** (`dms_bench`): the {get(dms, 'archives')} test archives in `tests/data/dms`, each process",
         f"  unpacking about {get(dms, 'repetitions')} disks' worth, fastest of {get(dms, 'rounds')} processes; throughput of",
         "  all archives together and the largest peak memory of any archive; images compared byte for byte.",
+        "  Encrypted: each plain sample of the test disk encrypted with the first key of its published",
+        "  password-protected twin (the heavy 2 one is that twin byte for byte but for its date), and the",
+        "  twin itself, unpacked without the password, which the module finds from the first cylinder;",
+        "  milliseconds per unpack in a process of its own: " + ", ".join(
+            f"{key[len('encrypted_ms_'):]} {value:.1f}" for key, value in dms.items()
+            if key.startswith("encrypted_ms_")) + ".",
         f"- **Volume name** (`volume_name_bench`): the volume name of a {get(volume, 'mebibytes')} MiB image with a",
         "  Rigid Disk Block, gzipped as .hdz; the module inflates only up to the root block (half-way) and",
         "  skips the CRC-32, which a pass stopped early never gets to compare; the peer inflates the whole file",
