@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 namespace kq::media::dms {
@@ -13,15 +15,17 @@ namespace {
 // mode's position after a reset on, as far as the record's first stage and a match running past
 // its end reach (nothing, for a heavy try whose codes did not read), and the mode's own state.
 void clear_after_try(DecoderState& state, const RecordHeader& header, const DeepTree& fresh_deep) {
+    // The mode's window size and its position after a reset.
     unsigned window_bytes = 0, start = 0;
     switch (header.mode) {
-    case kModeQuick: window_bytes = kQuickWindowBytes, start = LzWindow::kQuickStart; break;
-    case kModeMedium: window_bytes = kMediumWindowBytes, start = LzWindow::kMediumStart; break;
-    case kModeDeep: window_bytes = kDeepWindowBytes, start = LzWindow::kDeepStart; break;
+    case kModeQuick: std::tie(window_bytes, start) = std::pair(kQuickWindowBytes, LzWindow::kQuickStart); break;
+    case kModeMedium: std::tie(window_bytes, start) = std::pair(kMediumWindowBytes, LzWindow::kMediumStart); break;
+    case kModeDeep: std::tie(window_bytes, start) = std::pair(kDeepWindowBytes, LzWindow::kDeepStart); break;
     case kModeHeavy1:
     case kModeHeavy2:
         if (!state.heavy.has_codes) return;
-        window_bytes = header.mode == kModeHeavy1 ? kHeavy1.window_bytes : kHeavy2.window_bytes, start = LzWindow::kHeavyStart;
+        window_bytes = (header.mode == kModeHeavy1 ? kHeavy1 : kHeavy2).window_bytes;
+        start = LzWindow::kHeavyStart;
         break;
     default: return; // the stored and simple modes keep no state
     }
@@ -76,7 +80,8 @@ std::optional<std::uint16_t> find_record_key(const RecordHeader& header, std::sp
     std::vector<std::uint16_t> passing;
     for (unsigned key = keys.lowest.key(); key <= keys.highest.key(); ++key) {
         const std::size_t own = decrypt_try(static_cast<std::uint16_t>(key));
-        if (unpacks_to_checksum(header, trial, space.state, space.stage1)) passing.push_back(static_cast<std::uint16_t>(key));
+        if (unpacks_to_checksum(header, trial, space.state, space.stage1))
+            passing.push_back(static_cast<std::uint16_t>(key));
         clear_after_try(space.state, header, space.fresh_deep);
         std::copy_n(space.reference.begin(), own, space.trial.begin());
     }
