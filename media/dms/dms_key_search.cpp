@@ -1,6 +1,7 @@
 #include "media/dms/dms_key_search.h"
 
 #include "media/amiga_blocks.h"
+#include "media/dms/dms_checks.h"
 
 #include <algorithm>
 #include <cstring>
@@ -77,11 +78,20 @@ std::optional<std::uint16_t> find_record_key(const RecordHeader& header, std::sp
         }
         return own;
     };
+    // A stored record's checksum changes only with the bytes that a key decrypts differently.
+    const bool is_stored = header.mode == kModeNone && size >= header.unpacked;
+    const std::uint32_t reference_sum = is_stored ? checksum(trial.first(header.unpacked)) : 0;
+    const auto passes = [&](std::size_t own) {
+        if (!is_stored) return unpacks_to_checksum(header, trial, space.state, space.stage1);
+        std::uint32_t sum = reference_sum;
+        for (std::size_t i = 0; i < std::min<std::size_t>(own, header.unpacked); ++i)
+            sum += space.trial[i] - space.reference[i];
+        return static_cast<std::uint16_t>(sum) == header.checksum;
+    };
     std::vector<std::uint16_t> passing;
     for (unsigned key = keys.lowest.key(); key <= keys.highest.key(); ++key) {
         const std::size_t own = decrypt_try(static_cast<std::uint16_t>(key));
-        if (unpacks_to_checksum(header, trial, space.state, space.stage1))
-            passing.push_back(static_cast<std::uint16_t>(key));
+        if (passes(own)) passing.push_back(static_cast<std::uint16_t>(key));
         clear_after_try(space.state, header, space.fresh_deep);
         std::copy_n(space.reference.begin(), own, space.trial.begin());
     }

@@ -4,6 +4,7 @@
 
 #include "media/analysis/medium_analysis.h"
 #include "media/medium_names.h"
+#include "tests/media/dms/dms_test_support.h"
 #include "tests/support/amiga_images.h"
 #include "tests/support/compressed_files.h"
 #include "tests/support/mfm_encoder.h"
@@ -78,6 +79,13 @@ TEST_F(Analysis, FloppyBootClasses) {
     EXPECT_EQ(analyse(u"tiny.adf", Image(100)).analysis_class, AnalysisClass::unknown);
 }
 
+Image encrypted_dms(const Image& archive, std::uint16_t key) {
+    const auto bytes = reinterpret_cast<const std::uint8_t*>(archive.data());
+    const test::dms::Bytes encrypted = test::dms::encrypted(test::dms::Bytes(bytes, bytes + archive.size()), key);
+    const auto out = reinterpret_cast<const std::byte*>(encrypted.data());
+    return Image(out, out + encrypted.size());
+}
+
 TEST_F(Analysis, TheSameFloppyInEveryContainer) {
     const Image adf = test::floppy_image({.first_long = 0x444F5301, .name = "Packed", .created = {15000, 61, 25}});
     std::vector<test::ExtendedTrack> raw_tracks;
@@ -94,6 +102,7 @@ TEST_F(Analysis, TheSameFloppyInEveryContainer) {
         {u"Disk.ADZ", test::gzip_member(adf), u"ADF from ADZ"},
         {u"disk.adz", test::zip_archive(adf), u"ADF from ADZ"},
         {u"Disk.dms", test::dms_archive(adf), u"ADF from DMS"},
+        {u"Encrypted.dms", encrypted_dms(test::dms_archive(adf), 0x5A5A), u"ADF from DMS"}, // without its password
         {u"extended.adf", test::extended_adf(raw_tracks), u"ADF from Extended ADF"},
     };
     for (const auto& c : cases) {
