@@ -66,6 +66,10 @@ kqhost copy-medium "$demo_folder\\Demo.adz" "$demo_folder\\copies" 1
 dms="Z:$(printf '%s' "$KQ_ROOT/tests/data/dms/rle_small.dms" | tr / '\\')"
 kqhost undms "$dms" "$demo_folder\\rle_small.adf"
 sha256sum build/win64/demo/rle_small.adf
+# A password-protected archive, unpacked without its password: the same disk as the plain one.
+protected="Z:$(printf '%s' "$KQ_ROOT/tests/data/dms/test_C1_heavy2_pwd.dms" | tr / '\\')"
+kqhost undms "$protected" "$demo_folder\\protected.adf"
+sha256sum build/win64/demo/protected.adf
 # What the content analysis reads from media: the empty floppy template (a bootable OFS volume
 # named "Empty"), its volume name, the tooltip of a floppy drive holding it and the summary of a
 # hard-disk drive, a package's boot tag and a device command with the keys that give it.
