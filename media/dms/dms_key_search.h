@@ -4,31 +4,17 @@
 // (dms_cipher.h) and keeping the one with which it unpacks to its checksum. Only the first
 // bytes of the record differ from key to key (the key forgets where it started within about 17
 // bytes), so each try decrypts those bytes only; the record is unpacked without being written,
-// from a decoder state that is reset between tries only where the try wrote to it.
+// from a decoder state that is reset between tries only where the try wrote to it. The tries
+// are independent: blocks of keys go to as many threads as the processor runs at once.
 
-#include "media/dms/dms_bit_reader.h"
 #include "media/dms/dms_cipher.h"
 #include "media/dms/dms_record.h"
 
-#include <array>
 #include <cstdint>
 #include <optional>
 #include <span>
 
 namespace kq::media::dms {
-
-// What a search needs besides the record, allocated only for encrypted archives.
-struct KeySearchSpace {
-    // The record decrypted with the lowest key, and the key after each of its bytes.
-    std::array<std::uint8_t, kMaxRecordBytes> reference{};
-    std::array<std::uint16_t, kMaxRecordBytes> reference_keys{};
-    // The bytes of the try, then the zeros that the bit reader may read past them.
-    std::array<std::uint8_t, kMaxRecordBytes + kBitReaderPadding> trial{};
-    std::array<std::uint8_t, kMaxRecordBytes> stage1{};
-    std::array<std::uint8_t, kMaxRecordBytes> record{}; // a passing key's record, to compare keys
-    DecoderState state;
-    DeepTree fresh_deep; // copied back after a deep try: quicker than building it again
-};
 
 // The key at the start of `stored` (a record's packed bytes as stored) among `keys`, with
 // which the record unpacks to its checksum from a freshly reset decoder state; nullopt when
@@ -41,6 +27,6 @@ struct KeySearchSpace {
 // floppy begins with: a boot block that the machine boots ("DOS" and a valid boot checksum)
 // before one that has its DOS type only, before anything else; the lowest key among equals.
 std::optional<std::uint16_t> find_record_key(const RecordHeader& header, std::span<const std::uint8_t> stored,
-                                             const KeyRange& keys, KeySearchSpace& space);
+                                             const KeyRange& keys);
 
 } // namespace kq::media::dms

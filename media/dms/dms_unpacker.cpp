@@ -134,8 +134,7 @@ public:
             return true;
         }
         if (!cipher_) {
-            const auto space = std::make_unique<KeySearchSpace>();
-            const std::optional<std::uint16_t> key = find_record_key(record, packed, unknown_, *space);
+            const std::optional<std::uint16_t> key = find_record_key(record, packed, unknown_);
             if (!key) return false;
             cipher_.emplace(*key);
         }
