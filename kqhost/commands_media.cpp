@@ -109,20 +109,27 @@ int runtime(const Context& context) {
     return kExitUsage;
 }
 
-int inflate(const Context& context) {
+// IN OUT on the module's own code: `convert` turns IN into OUT and gives its failure's code (0
+// for none), reported as "kqhost: <what> failed with code <n>". A failure leaves no OUT behind.
+template <class Convert>
+int convert_file(const Context& context, const char* usage, const char* what, Convert&& convert) {
     if (context.arguments.size() != 2) {
-        print_error("usage: kqhost inflate IN OUT\n");
+        print_error(usage);
         return kExitUsage;
     }
     return with_output_file(context.arguments[1], [&] {
-        const kq::media::InflateError error =
-            kq::media::inflate_file(module_text(context.arguments[0]), module_text(context.arguments[1]));
-        if (error == kq::media::InflateError::none) return kExitOk;
+        const unsigned code = convert(module_text(context.arguments[0]), module_text(context.arguments[1]));
+        if (code == 0) return kExitOk;
         char line[80];
-        std::snprintf(line, sizeof line, "kqhost: inflating failed with code %u\n", static_cast<unsigned>(error));
+        std::snprintf(line, sizeof line, "kqhost: %s failed with code %u\n", what, code);
         print_error(line);
         return kExitFailure;
     });
+}
+
+int inflate(const Context& context) {
+    return convert_file(context, "usage: kqhost inflate IN OUT\n", "inflating",
+                        [](auto in, auto out) { return static_cast<unsigned>(kq::media::inflate_file(in, out)); });
 }
 
 int deflate(const Context& context) {
@@ -197,19 +204,8 @@ int copy_medium(const Context& context) {
 }
 
 int undms(const Context& context) {
-    if (context.arguments.size() != 2) {
-        print_error("usage: kqhost undms IN OUT\n");
-        return kExitUsage;
-    }
-    return with_output_file(context.arguments[1], [&] {
-        const kq::media::DmsError error =
-            kq::media::unpack_dms_file(module_text(context.arguments[0]), module_text(context.arguments[1]));
-        if (error == kq::media::DmsError::none) return kExitOk;
-        char line[80];
-        std::snprintf(line, sizeof line, "kqhost: unpacking failed with code %u\n", static_cast<unsigned>(error));
-        print_error(line);
-        return kExitFailure;
-    });
+    return convert_file(context, "usage: kqhost undms IN OUT\n", "unpacking",
+                        [](auto in, auto out) { return static_cast<unsigned>(kq::media::unpack_dms_file(in, out)); });
 }
 
 // volume-name IMAGE
