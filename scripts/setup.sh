@@ -24,6 +24,8 @@ packages=(
   clang lld libclang-rt-14-dev
   # the layout of the C and C++ sources (scripts/format.sh)
   clang-format
+  # the coverage report of the native tests (scripts/coverage.sh)
+  gcovr
   # independent tools that the tests and benchmarks check the media code against
   gzip zip unzip 7zip xdms unadf genisoimage
 )
