@@ -1,7 +1,7 @@
 // Auto-configuration of catalogs that list loose media, built by the tests from real images:
 // the model chosen by the boot medium (classes, dates and their bounds, a CD's label, the
 // catalog's year), the boot medium moved first, CUE sheets and their ISO images folded, fixed
-// models, the system boot disk, floppy drives and ports; the whole documents are compared.
+// models, the system boot disk, floppy drives and ports.
 
 #include "content/auto_configuration.h"
 #include "manifest/xml_parser.h"
@@ -18,48 +18,46 @@
 namespace kq::content {
 namespace {
 
-using test::FloppySpec;
-using test::IsoSpec;
+using test::as_string;
 
 std::string utf8(std::u16string_view text) { return {text.begin(), text.end()}; } // ASCII paths only
 
 class AutoConfiguration : public ::testing::Test {
 protected:
     AutoConfiguration() {
-        FloppySpec custom{.first_long = 0x12345678, .boot_code = "custom boot code", .root = false};
-        FloppySpec old_dos{.created = {4018, 0, 0}}; // 1989-01-01
-        FloppySpec not_bootable{.boot_checksum = false};
-        FloppySpec later{.first_long = 0x444F5303};
         write(u"noise.adf", std::string(901120, '\x5A'));
-        write(u"old.adf", test::as_string(test::floppy_image(old_dos)));
-        write(u"new.adf", test::as_string(test::floppy_image())); // 2024
-        write(u"data.adf", test::as_string(test::floppy_image(not_bootable)));
-        write(u"custom.adf", test::as_string(test::floppy_image(custom)));
-        write(u"ffs-intl.adf", test::as_string(test::floppy_image(later)));
-        write(u"work.hdf", test::as_string(test::amiga_volume(2048, "Work", {16000, 0, 0})));
+        write(u"old.adf", as_string(test::floppy_image({.created = {4018, 0, 0}}))); // 1989-01-01
+        write(u"new.adf", as_string(test::floppy_image()));                          // 2024
+        write(u"data.adf", as_string(test::floppy_image({.boot_checksum = false})));
+        write(u"custom.adf", as_string(test::floppy_image(
+                                 {.first_long = 0x12345678, .boot_code = "custom boot code", .root = false})));
+        write(u"ffs-intl.adf", as_string(test::floppy_image({.first_long = 0x444F5303})));
+        write(u"work.hdf", as_string(test::amiga_volume(2048, "Work", {16000, 0, 0})));
         write(u"plain.hdf", std::string(1 << 20, '\x5A'));
-        write(u"game.iso", test::as_string(test::iso_image({.volume = "GAME", .created = "2006010516501900"})));
+        write(u"game.iso", as_string(test::iso_image({.volume = "GAME", .created = "2006010516501900"})));
         write(u"game.cue", "FILE \"game.iso\" BINARY\r\n  TRACK 01 MODE1/2048\r\n    INDEX 01 00:00:00\r\n");
     }
 
     void write(std::u16string_view name, const std::string& content) { folder_.create_file(name, content); }
-    std::string path(std::u16string_view name) const { return utf8(folder_.path(name)); }
 
-    // A catalog listing the media (element name, file) with an optional model and year.
-    std::u16string catalog(std::initializer_list<std::pair<const char*, std::u16string_view>> media,
-                           const std::string& system = {}, const std::string& year = {}) const {
-        std::string text = "<?xml version=\"1.0\" encoding=\"UTF-16\"?>\n<xadml><catalog><application>";
-        text +=
-            "<description><title>Loose</title>" + (year.empty() ? "" : "<year>" + year + "</year>") + "</description>";
+    // A catalog listing the media ("kind:file" each) with an optional configuration and year.
+    std::u16string catalog(std::initializer_list<std::string> media, const std::string& system = {},
+                           const std::string& year = {}) const {
+        std::string text = "<?xml version=\"1.0\" encoding=\"UTF-16\"?>\n<xadml><catalog><application>"
+                           "<description><title>Loose</title>" +
+                           (year.empty() ? "" : "<year>" + year + "</year>") + "</description>";
         if (!system.empty()) text += "<configuration>" + system + "<video>ntsc</video></configuration>";
         text += "<media>";
-        for (const auto& [element, name] : media)
-            text += std::string("<") + element + ">" + (name.empty() ? "" : path(name)) + "</" + element + ">";
+        for (const std::string& medium : media) {
+            const std::string kind = medium.substr(0, medium.find(':')), name = medium.substr(kind.size() + 1);
+            const std::u16string path = folder_.path(std::u16string(name.begin(), name.end()));
+            text += "<" + kind + ">" + (name.empty() ? "" : utf8(path)) + "</" + kind + ">";
+        }
         text += "</media></application></catalog></xadml>";
         return {text.begin(), text.end()};
     }
 
-    // The completed document, with the test folder's path shown as "F\".
+    // The completed document, the test folder shown as "F\"; "(none)" when none was written.
     std::string configured(const std::u16string& catalog_text, HResult expected = status::ok) const {
         std::optional<std::string> xml;
         EXPECT_EQ(auto_configure(catalog_text, media_layer_analyser(), xml), expected);
@@ -73,153 +71,147 @@ protected:
     test::TempFolder folder_;
 };
 
-// The document around the configuration and media that auto-configuration writes; each line
-// is an element inside them.
-std::string document(std::initializer_list<std::string> configuration, std::initializer_list<std::string> media,
-                     const std::string& year = {}) {
-    std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<xadml>\n\t<catalog>\n\t\t<application>\n"
-                       "\t\t\t<description>\n\t\t\t\t<title>Loose</title>\n";
-    if (!year.empty()) text += "\t\t\t\t<year>" + year + "</year>\n";
-    text += "\t\t\t</description>\n\t\t\t<configuration>\n";
-    for (const std::string& line : configuration) text += "\t\t\t\t" + line + "\n";
-    text += "\t\t\t</configuration>\n\t\t\t<media>\n";
-    for (const std::string& line : media) text += "\t\t\t\t" + line + "\n";
-    text += "\t\t\t</media>\n\t\t</application>\n\t</catalog>\n</xadml>\n";
-    // The writer starts with a byte-order mark and ends its lines with CR LF.
-    std::string written = "\xEF\xBB\xBF";
-    for (const char c : text) written += c == '\n' ? std::string("\r\n") : std::string(1, c);
-    return written;
+// The children of the document's configuration, then " / ", then those of its media; each as
+// written, without its line's indentation.
+std::string sections(const std::string& xml) {
+    std::string out;
+    for (const std::string name : {"configuration", "media"}) {
+        const std::size_t open = xml.find("\t\t\t<" + name + ">\r\n"), close = xml.find("\t\t\t</" + name + ">");
+        if (open == std::string::npos || close == std::string::npos) return "(missing " + name + ")";
+        for (std::size_t at = xml.find('\n', open) + 1; at < close; at = xml.find('\n', at) + 1)
+            out += xml.substr(at + 4, xml.find('\r', at) - at - 4) + " ";
+        if (name == std::string("configuration")) out += "/ ";
+    }
+    return out;
 }
 
-const std::string kMouse = "<peripheral unit=\"0\">input-mouse</peripheral>";
-const std::string kJoystick1 = "<peripheral unit=\"1\">input-joystick</peripheral>";
-const std::string kJoystick0 = "<peripheral unit=\"0\">input-joystick</peripheral>";
-const std::string kA1200Memory = "<ram type=\"fast\">8388608</ram>";
-
-std::string system(const std::string& model) { return "<system>" + model + "</system>"; }
-std::string floppy(const std::string& name) { return "<floppy>F\\" + name + "</floppy>"; }
-std::string floppy_drive(int unit) {
-    return "<peripheral type=\"dd\" unit=\"" + std::to_string(unit) + "\">floppy</peripheral>";
+const std::string kPorts = "<peripheral unit=\"0\">input-mouse</peripheral> "
+                           "<peripheral unit=\"1\">input-joystick</peripheral> ";
+const std::string kJoystick0 = "<peripheral unit=\"0\">input-joystick</peripheral> ";
+const std::string kA500 = "<system>a-500</system> ",
+                  kA1200 = "<system>a-1200</system> <ram type=\"fast\">8388608</ram> ";
+std::string floppies(std::initializer_list<const char*> names) {
+    std::string out;
+    for (const char* name : names) out += std::string("<floppy>F\\") + name + "</floppy> ";
+    return out;
+}
+std::string drives(std::initializer_list<int> units) {
+    std::string out;
+    for (const int unit : units)
+        out += "<peripheral type=\"dd\" unit=\"" + std::to_string(unit) + "\">floppy</peripheral> ";
+    return out;
 }
 
-TEST_F(AutoConfiguration, FloppiesChooseTheModelAndBoot) {
+TEST_F(AutoConfiguration, WritesTheWholeDocument) {
+    EXPECT_EQ(
+        configured(catalog({"floppy:old.adf"}, {}, "1988")),
+        "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n<xadml>\r\n\t<catalog>\r\n\t\t<application>\r\n"
+        "\t\t\t<description>\r\n\t\t\t\t<title>Loose</title>\r\n\t\t\t\t<year>1988</year>\r\n\t\t\t</description>\r\n"
+        "\t\t\t<configuration>\r\n\t\t\t\t<system>a-500</system>\r\n"
+        "\t\t\t\t<peripheral unit=\"0\">input-mouse</peripheral>\r\n"
+        "\t\t\t\t<peripheral unit=\"1\">input-joystick</peripheral>\r\n\t\t\t</configuration>\r\n"
+        "\t\t\t<media>\r\n\t\t\t\t<floppy>F\\old.adf</floppy>\r\n\t\t\t</media>\r\n\t\t</application>\r\n"
+        "\t</catalog>\r\n</xadml>\r\n");
+}
+
+TEST_F(AutoConfiguration, FloppiesAndHardDisksChooseTheModelAndBoot) {
+    const std::string system_floppy = "<boot type=\"adf\" readonly=\"true\">134</boot> ";
     const struct {
         const char* what;
         std::u16string catalog;
         std::string expected;
     } rows[] = {
-        {"unreadable: the system floppy boots", catalog({{"floppy", u"noise.adf"}}),
-         document({system("a-500"), "<boot type=\"adf\" readonly=\"true\">134</boot>", kMouse, kJoystick1},
-                  {floppy("noise.adf")})},
-        {"AmigaDOS before 1993", catalog({{"floppy", u"old.adf"}}),
-         document({system("a-500"), kMouse, kJoystick1}, {floppy("old.adf")})},
-        {"AmigaDOS from 1993 on", catalog({{"floppy", u"new.adf"}}),
-         document({system("a-1200"), kA1200Memory, kMouse, kJoystick1}, {floppy("new.adf")})},
-        {"the catalog's year comes first", catalog({{"floppy", u"new.adf"}}, {}, "1992"),
-         document({system("a-500"), kMouse, kJoystick1}, {floppy("new.adf")}, "1992")},
-        {"a year that is no date is dropped", catalog({{"floppy", u"new.adf"}}, {}, "1234"),
-         document({system("a-1200"), kA1200Memory, kMouse, kJoystick1}, {floppy("new.adf")}, "1234")},
-        {"a later file system", catalog({{"floppy", u"ffs-intl.adf"}}, {}, "1987"),
-         document({system("a-1200"), kA1200Memory, kMouse, kJoystick1}, {floppy("ffs-intl.adf")}, "1987")},
-        {"custom boot code leaves the model", catalog({{"floppy", u"custom.adf"}}, {}, "1995"),
-         document({system("a-500"), kMouse, kJoystick1}, {floppy("custom.adf")}, "1995")},
-        {"the boot medium goes first",
-         catalog({{"floppy", u"noise.adf"}, {"floppy", u"data.adf"}, {"floppy", u"old.adf"}}),
-         document({system("a-500"), kMouse, kJoystick1}, {floppy("old.adf"), floppy("noise.adf"), floppy("data.adf")})},
-        {"a bootable hard disk", catalog({{"floppy", u"noise.adf"}, {"harddrive", u"work.hdf"}}),
-         document({system("a-1200"), kA1200Memory, kMouse, kJoystick1},
-                  {"<harddrive>F\\work.hdf</harddrive>", floppy("noise.adf")})},
-        {"else the first hard disk", catalog({{"floppy", u"noise.adf"}, {"harddrive", u"plain.hdf"}}),
-         document({system("a-500"), kMouse, kJoystick1}, {"<harddrive>F\\plain.hdf</harddrive>", floppy("noise.adf")})},
-        {"a hard disk first boots", catalog({{"harddrive", u"plain.hdf"}, {"floppy", u"new.adf"}}),
-         document({system("a-500"), kMouse, kJoystick1}, {"<harddrive>F\\plain.hdf</harddrive>", floppy("new.adf")})},
-        {"a fixed model stays", catalog({{"floppy", u"noise.adf"}, {"floppy", u"new.adf"}}, "<system>a-600</system>"),
-         document({system("a-600"), kMouse, kJoystick1}, {floppy("new.adf"), floppy("noise.adf")})},
-        {"a weak model is replaced", catalog({{"floppy", u"new.adf"}}, "<system weak=\"TRUE\">a-600</system>"),
-         document({system("a-1200"), kA1200Memory, kMouse, kJoystick1}, {floppy("new.adf")})},
+        {"unreadable: the system floppy boots", catalog({"floppy:noise.adf"}),
+         kA500 + system_floppy + kPorts + "/ " + floppies({"noise.adf"})},
+        {"AmigaDOS before 1993", catalog({"floppy:old.adf"}), kA500 + kPorts + "/ " + floppies({"old.adf"})},
+        {"AmigaDOS from 1993 on", catalog({"floppy:new.adf"}), kA1200 + kPorts + "/ " + floppies({"new.adf"})},
+        {"the catalog's year comes first", catalog({"floppy:new.adf"}, {}, "1992"),
+         kA500 + kPorts + "/ " + floppies({"new.adf"})},
+        {"a year that is no date is dropped", catalog({"floppy:new.adf"}, {}, "1234"),
+         kA1200 + kPorts + "/ " + floppies({"new.adf"})},
+        {"a later file system", catalog({"floppy:ffs-intl.adf"}, {}, "1987"),
+         kA1200 + kPorts + "/ " + floppies({"ffs-intl.adf"})},
+        {"custom boot code leaves the model", catalog({"floppy:custom.adf"}, {}, "1995"),
+         kA500 + kPorts + "/ " + floppies({"custom.adf"})},
+        {"the boot medium goes first", catalog({"floppy:noise.adf", "floppy:data.adf", "floppy:old.adf"}),
+         kA500 + kPorts + "/ " + floppies({"old.adf", "noise.adf", "data.adf"})},
+        {"a bootable hard disk", catalog({"floppy:noise.adf", "harddrive:work.hdf"}),
+         kA1200 + kPorts + "/ <harddrive>F\\work.hdf</harddrive> " + floppies({"noise.adf"})},
+        {"else the first hard disk", catalog({"floppy:noise.adf", "harddrive:plain.hdf"}),
+         kA500 + kPorts + "/ <harddrive>F\\plain.hdf</harddrive> " + floppies({"noise.adf"})},
+        {"a hard disk first boots", catalog({"harddrive:plain.hdf", "floppy:new.adf"}),
+         kA500 + kPorts + "/ <harddrive>F\\plain.hdf</harddrive> " + floppies({"new.adf"})},
+        {"a fixed model stays", catalog({"floppy:noise.adf", "floppy:new.adf"}, "<system>a-600</system>"),
+         "<system>a-600</system> " + kPorts + "/ " + floppies({"new.adf", "noise.adf"})},
+        {"a weak model is replaced", catalog({"floppy:new.adf"}, "<system weak=\"TRUE\">a-600</system>"),
+         kA1200 + kPorts + "/ " + floppies({"new.adf"})},
         {"an A1200 without boot medium boots the system hard disk",
-         catalog({{"floppy", u"noise.adf"}, {"floppy", u"data.adf"}, {"floppy", u"noise.adf"}},
-                 "<system>a-1200</system>"),
-         document({system("a-1200"), kA1200Memory, "<boot type=\"hdf\" readonly=\"true\">311</boot>", floppy_drive(1),
-                   floppy_drive(2), kMouse, kJoystick1},
-                  {floppy("noise.adf"), floppy("data.adf"), floppy("noise.adf")})},
+         catalog({"floppy:noise.adf", "floppy:data.adf", "floppy:noise.adf"}, "<system>a-1200</system>"),
+         kA1200 + "<boot type=\"hdf\" readonly=\"true\">311</boot> " + drives({1, 2}) + kPorts + "/ " +
+             floppies({"noise.adf", "data.adf", "noise.adf"})},
         {"an A1200 has four floppy drives at most",
-         catalog({{"floppy", u"noise.adf"},
-                  {"floppy", u"data.adf"},
-                  {"floppy", u"noise.adf"},
-                  {"floppy", u"data.adf"},
-                  {"floppy", u"old.adf"}},
+         catalog({"floppy:noise.adf", "floppy:data.adf", "floppy:noise.adf", "floppy:data.adf", "floppy:old.adf"},
                  "<system>a-1200</system>"),
-         document(
-             {system("a-1200"), kA1200Memory, floppy_drive(1), floppy_drive(2), floppy_drive(3), kMouse, kJoystick1},
-             {floppy("old.adf"), floppy("noise.adf"), floppy("data.adf"), floppy("noise.adf"), floppy("data.adf")})},
-        {"a CDTV with a floppy drive", catalog({{"floppy", u"noise.adf"}}, "<system>A-CDTV</system>"),
-         document({system("A-CDTV"), floppy_drive(0), kJoystick0}, {floppy("noise.adf")})},
-        {"empty entries and unknown kinds", catalog({{"floppy", u""}, {"disk", u"noise.adf"}}),
-         document({system("a-500"), "<boot type=\"adf\" readonly=\"true\">134</boot>", kMouse, kJoystick1},
-                  {floppy("noise.adf")})},
+         kA1200 + drives({1, 2, 3}) + kPorts + "/ " +
+             floppies({"old.adf", "noise.adf", "data.adf", "noise.adf", "data.adf"})},
+        {"a CDTV with a floppy drive", catalog({"floppy:noise.adf"}, "<system>A-CDTV</system>"),
+         "<system>A-CDTV</system> " + drives({0}) + kJoystick0 + "/ " + floppies({"noise.adf"})},
+        {"empty entries and unknown kinds", catalog({"floppy:", "disk:noise.adf"}),
+         kA500 + system_floppy + kPorts + "/ " + floppies({"noise.adf"})},
     };
-    for (const auto& row : rows) EXPECT_EQ(configured(row.catalog), row.expected) << row.what;
+    for (const auto& row : rows) EXPECT_EQ(sections(configured(row.catalog)), row.expected) << row.what;
 }
 
 TEST_F(AutoConfiguration, DiscsChooseBetweenCd32AndCdtv) {
     const struct {
-        const char* what;
-        IsoSpec disc;
-        std::string year, model;
+        const char *volume, *created, *year, *model;
     } rows[] = {
-        {"the last day's first moment", {.volume = "GAME", .created = "1993060100000000"}, "", "a-cdtv"},
-        {"a moment later", {.volume = "GAME", .created = "1993060100000001"}, "", "a-cd32"},
-        {"the first day's first moment", {.volume = "GAME", .created = "1991010100000000"}, "", "a-cdtv"},
-        {"the day before", {.volume = "GAME", .created = "1990123123595999"}, "", "a-cd32"},
-        {"the label wins over the date", {.volume = "CD32", .created = "1992010100000000"}, "", "a-cd32"},
-        {"the year wins over the disc", {.volume = "GAME", .created = "2006010516501900"}, "1992", "a-cdtv"},
-        {"no date at all", {.volume = "GAME", .created = "0000000000000000"}, "", "a-cd32"},
+        {"GAME", "1993060100000000", "", "a-cdtv"}, // the last day's first moment
+        {"GAME", "1993060100000001", "", "a-cd32"},
+        {"GAME", "1991010100000000", "", "a-cdtv"}, // the first day's first moment
+        {"GAME", "1990123123595999", "", "a-cd32"},
+        {"CD32", "1992010100000000", "", "a-cd32"},     // the label wins over the date
+        {"GAME", "2006010516501900", "1992", "a-cdtv"}, // the year wins over the disc
+        {"GAME", "0000000000000000", "", "a-cd32"},     // no date at all
     };
     for (const auto& row : rows) {
-        write(u"disc.iso", test::as_string(test::iso_image(row.disc)));
-        EXPECT_EQ(configured(catalog({{"cd", u"disc.iso"}}, {}, row.year)),
-                  document({system(row.model), kJoystick0}, {"<cd>F\\disc.iso</cd>"}, row.year))
-            << row.what;
+        write(u"disc.iso", as_string(test::iso_image({.volume = row.volume, .created = row.created})));
+        EXPECT_EQ(sections(configured(catalog({"cd:disc.iso"}, {}, row.year))),
+                  "<system>" + std::string(row.model) + "</system> " + kJoystick0 + "/ <cd>F\\disc.iso</cd> ")
+            << row.created;
     }
 }
 
 TEST_F(AutoConfiguration, CueSheetsTakeTheirImageAlong) {
-    const std::string cd32 = document({system("a-cd32"), kJoystick0}, {"<cd>F\\game.cue</cd>"});
-    EXPECT_EQ(configured(catalog({{"cd", u"game.cue"}, {"cd", u"game.iso"}})), cd32);
-    EXPECT_EQ(configured(catalog({{"cd", u"game.iso"}, {"cd", u"game.cue"}})), cd32) << "in either order";
-    write(u"other.iso", test::as_string(test::iso_image({.volume = "OTHER", .created = "1992010100000000"})));
-    EXPECT_EQ(configured(catalog({{"cd", u"other.iso"}, {"cd", u"game.cue"}})),
-              document({system("a-cdtv"), kJoystick0}, {"<cd>F\\other.iso</cd>", "<cd>F\\game.cue</cd>"}))
+    const std::string cd32 = "<system>a-cd32</system> " + kJoystick0 + "/ <cd>F\\game.cue</cd> ";
+    EXPECT_EQ(sections(configured(catalog({"cd:game.cue", "cd:game.iso"}))), cd32);
+    EXPECT_EQ(sections(configured(catalog({"cd:game.iso", "cd:game.cue"}))), cd32) << "in either order";
+    write(u"other.iso", as_string(test::iso_image({.volume = "OTHER", .created = "1992010100000000"})));
+    EXPECT_EQ(sections(configured(catalog({"cd:other.iso", "cd:game.cue"}))),
+              "<system>a-cdtv</system> " + kJoystick0 + "/ <cd>F\\other.iso</cd> <cd>F\\game.cue</cd> ")
         << "an image that the sheet does not name stays";
-    EXPECT_EQ(configured(catalog({{"floppy", u"noise.adf"}, {"cd", u"game.cue"}, {"cd", u"game.iso"}})),
-              document({system("a-cd32"), floppy_drive(0), kJoystick0}, {"<cd>F\\game.cue</cd>", floppy("noise.adf")}))
+    EXPECT_EQ(sections(configured(catalog({"floppy:noise.adf", "cd:game.cue", "cd:game.iso"}))),
+              "<system>a-cd32</system> " + drives({0}) + kJoystick0 + "/ <cd>F\\game.cue</cd> " +
+                  floppies({"noise.adf"}))
         << "a disc boots before floppies";
 }
 
 TEST_F(AutoConfiguration, NothingToConfigureAndFailures) {
-    const struct {
-        const char* what;
-        std::u16string catalog;
-        HResult expected;
-    } rows[] = {
-        {"no media element", u"<xadml><catalog><application/></catalog></xadml>", status::ok},
-        {"only empty media", catalog({{"floppy", u""}, {"cd", u""}}), status::ok},
-        {"a missing file", catalog({{"floppy", u"missing.adf"}}), status::failed},
-        {"not XML", u"<xadml><catalog>", manifest::kMalformedDocument},
-        {"not UTF-16", std::u16string(u"<xadml>\xD800</xadml>"), manifest::kMalformedDocument},
+    const std::pair<std::u16string, HResult> rows[] = {
+        {u"<xadml><catalog><application/></catalog></xadml>", status::ok},
+        {catalog({"floppy:", "cd:"}), status::ok},
+        {catalog({"floppy:missing.adf"}), status::failed},
+        {u"<xadml><catalog>", manifest::kMalformedDocument},
+        {std::u16string(u"<xadml>\xD800</xadml>"), manifest::kMalformedDocument},
     };
-    for (const auto& row : rows) EXPECT_EQ(configured(row.catalog, row.expected), "(none)") << row.what;
-}
-
-TEST_F(AutoConfiguration, AnalysisFailuresStopTheCall) {
+    for (const auto& [text, expected] : rows) EXPECT_EQ(configured(text, expected), "(none)");
     std::map<std::u16string, media::AnalysisFailure> failures;
     const MediumAnalyser analyser = [&](std::u16string_view path, media::MediumAnalysis& analysis) {
         analysis.analysis_class = media::AnalysisClass::unknown;
         const auto found = failures.find(std::u16string(path));
         return found == failures.end() ? media::AnalysisFailure::none : found->second;
     };
-    const std::u16string text = catalog({{"floppy", u"noise.adf"}, {"floppy", u"game.ipf"}});
+    const std::u16string text = catalog({"floppy:noise.adf", "floppy:game.ipf"});
     std::optional<std::string> xml;
     failures[folder_.path(u"game.ipf")] = media::AnalysisFailure::ipf_library_missing;
     EXPECT_EQ(auto_configure(text, analyser, xml), kIpfLibraryMissing);
@@ -231,15 +223,12 @@ TEST_F(AutoConfiguration, AnalysisFailuresStopTheCall) {
 
 TEST(MediaKind, ByExtensionAlone) {
     using media::MediumKind;
-    const struct {
-        std::u16string_view path;
-        MediumKind kind;
-    } rows[] = {
+    const std::pair<std::u16string_view, MediumKind> rows[] = {
         {u"C:\\a.hdf", MediumKind::hard_disk},  {u"C:\\a.HDZ", MediumKind::hard_disk}, {u"C:\\a.iso", MediumKind::cd},
         {u"C:\\a.Cue", MediumKind::cd},         {u"C:\\a.adf", MediumKind::floppy},    {u"C:\\hdf", MediumKind::floppy},
         {u"C:\\a.hdf.adz", MediumKind::floppy}, {u"C:\\a.iso\\b", MediumKind::floppy}, {u"C:\\a.", MediumKind::floppy},
     };
-    for (const auto& row : rows) EXPECT_EQ(media_kind_of(row.path), row.kind) << utf8(row.path);
+    for (const auto& [path, kind] : rows) EXPECT_EQ(media_kind_of(path), kind) << utf8(path);
 }
 
 } // namespace

@@ -3,8 +3,4 @@ set(KQ_CONTENT_TESTS
   content/auto_configuration_test.cpp
   content/configuration_import_test.cpp
   content/content_info_test.cpp
-  content/content_tooltip_test.cpp
-  content/device_name_allocator_test.cpp
-  content/file_associations_test.cpp
-  content/kickstart_roms_test.cpp
-  content/uae_configuration_test.cpp)
+  content/file_associations_test.cpp)

@@ -1,8 +1,9 @@
 #pragma once
 // Reads a file-association record as a host would, checking its layout on the way (cbSize 72,
 // the padding after it zero, the seven strings back to back right after the header in field
-// order), and the English texts that each type's record must carry.
+// order), and the record that the content library describes for each type.
 
+#include "content/file_associations.h"
 #include "kq_amiga.h"
 #include "tests/support/printable.h"
 
@@ -25,12 +26,15 @@ struct FileAssociationView {
     std::size_t formula_bytes = 0;
 
     friend bool operator==(const FileAssociationView&, const FileAssociationView&) = default;
+    std::array<std::u16string*, 7> texts() {
+        return {&extension,      &type_name,   &extension_description, &long_description,
+                &filter_pattern, &filter_name, &icon_location};
+    }
 };
 
 // The record's contents, or nullopt with `error` naming the layout rule it breaks.
 inline std::optional<FileAssociationView> read_file_association_record(const KQFileAssociation* record,
                                                                        std::string& error) {
-    error.clear();
     if (record == nullptr) {
         error = "no record";
         return std::nullopt;
@@ -43,97 +47,35 @@ inline std::optional<FileAssociationView> read_file_association_record(const KQF
         return std::nullopt;
     }
     FileAssociationView view{.category = record->category, .flags = record->flags};
-    const struct {
-        const kq_char* pointer;
-        std::u16string* text;
-        const char* name;
-    } fields[] = {
-        {record->extension, &view.extension, "extension"},
-        {record->typeName, &view.type_name, "type name"},
-        {record->extensionDescription, &view.extension_description, "extension description"},
-        {record->longDescription, &view.long_description, "long description"},
-        {record->filterPattern, &view.filter_pattern, "filter pattern"},
-        {record->filterName, &view.filter_name, "filter name"},
-        {record->iconLocation, &view.icon_location, "icon location"},
-    };
+    const kq_char* pointers[] = {record->extension,       record->typeName,      record->extensionDescription,
+                                 record->longDescription, record->filterPattern, record->filterName,
+                                 record->iconLocation};
     const std::byte* cursor = base + sizeof(KQFileAssociation);
-    for (const auto& field : fields) {
-        if (reinterpret_cast<const std::byte*>(field.pointer) != cursor) {
-            error = std::string(field.name) + " does not follow the previous string";
+    for (std::size_t field = 0; field < 7; ++field) {
+        if (reinterpret_cast<const std::byte*>(pointers[field]) != cursor) {
+            error = "string " + std::to_string(field) + " does not follow the previous one";
             return std::nullopt;
         }
-        const auto* text = reinterpret_cast<const char16_t*>(field.pointer);
-        field.text->assign(text, std::char_traits<char16_t>::length(text));
-        cursor += (field.text->size() + 1) * sizeof(char16_t);
+        const auto* text = reinterpret_cast<const char16_t*>(pointers[field]);
+        view.texts()[field]->assign(text, std::char_traits<char16_t>::length(text));
+        cursor += (view.texts()[field]->size() + 1) * sizeof(char16_t);
     }
     view.formula_bytes = static_cast<std::size_t>(cursor - base);
     return view;
 }
 
-// What each type's record carries with the module's English string table; the icon location is
-// the module's path followed by `icon_suffix`, or empty when the suffix is.
-struct EnglishFileAssociation {
-    std::u16string_view extension, type_name, extension_description, long_description, filter_name, icon_suffix;
-    std::uint32_t category, flags;
-};
+// The types by index, each described by content::file_association.
+inline constexpr std::array<std::uint32_t, 10> kEnglishFileAssociations{0, 1, 2, 3, 4, 5, 6, 7, 8, 9};
 
-inline constexpr std::array<EnglishFileAssociation, 10> kEnglishFileAssociations{{
-    {u"adf", u"Amiga Floppy Disk Image", u".adf Amiga Floppy Disk Image",
-     u"ADF is an open Amiga floppy disk image format introduced with the first emulation applications. It is not "
-     u"compressed by itself, and supports very few copy protection schemes. It is a simple and robust format that "
-     u"is widely supported, and can be compressed well in KQ9 packages and by the file system.",
-     u"Amiga Floppy Disk Images (*.adf)", u",-144", 0, 3},
-    {u"adz", u"Amiga Floppy Disk Image", u".adz Amiga Floppy Disk Image",
-     u"ADZ is a compressed version of the ADF format. These files occupy less space than ADF files, but are not as "
-     u"widely supported.",
-     u"GZip-compressed ADF Images (*.adz)", u",-144", 0, 3},
-    {u"cue", u"", u"", u"", u"CD-ROM Index Files (*.cue)", u"", 2, 0},
-    {u"dms", u"Amiga Floppy Disk Image", u".dms Amiga Floppy Disk Image",
-     u"DMS (the Disk Masher System) is a proprietary Amiga disk archiving format that was widely used to store and "
-     u"distribute disk images before emulation became widespread. It supports built-in compression, and a few copy "
-     u"protection schemes. DMS is supported well on original Amiga systems, but remains less popular than ADF in "
-     u"the emulation community.",
-     u"Amiga DMS Images (*.dms)", u",-144", 0, 3},
-    {u"hdf", u"Amiga Hard Disk Image", u".hdf Amiga Hard Disk Image",
-     u"HDF is an open Amiga hard disk image format. It is a simple and robust format that is widely supported, and "
-     u"can be compressed well in KQ9 packages and by the file system.",
-     u"Amiga Hard Disk Images (*.hdf)", u",-163", 1, 3},
-    {u"hdz", u"Amiga Hard Disk Image", u".hdz Amiga Hard Disk Image",
-     u"HDZ is a compressed version of the HDF format. These files occupy less space than HDF files, but are not as "
-     u"widely supported.",
-     u"GZip-compressed HDF Images (*.hdz)", u",-163", 1, 3},
-    {u"ipf", u"Amiga Floppy Disk Image", u".ipf SPS Interchangeable Preservation Format",
-     u"IPF (Interchangeable Preservation Format) is a proprietary media archiving format maintained by the Software "
-     u"Preservation Society. It offers excellent support for copy-protected disk images.",
-     u"SPS IPF Images (*.ipf)", u",-144", 0, 0},
-    {u"iso", u"", u"", u"", u"CD-ROM Images (*.iso)", u"", 2, 0},
-    {u"scp", u"Amiga Floppy Disk Image", u".scp SuperCard Pro Flux Image",
-     u"SCP is an open media archiving format, originally designed to store SuperCard Pro flux data. It offers "
-     u"excellent support for copy-protected disk images.",
-     u"SCP Images (*.scp)", u",-144", 0, 3},
-    {u"uae", u"UAE Configuration File", u".uae UAE Configuration File",
-     u"UAE configuration files contain emulation settings and reference media files.",
-     u"WinUAE Configuration Files (*.uae)", u",-144", 0, 7},
-}};
-
-// The record that `expected` describes for a module at `module_path`.
-inline FileAssociationView english_view(const EnglishFileAssociation& expected, std::u16string_view module_path) {
-    FileAssociationView view{.extension = std::u16string(expected.extension),
-                             .type_name = std::u16string(expected.type_name),
-                             .extension_description = std::u16string(expected.extension_description),
-                             .long_description = std::u16string(expected.long_description),
-                             .filter_pattern = u"*." + std::u16string(expected.extension),
-                             .filter_name = std::u16string(expected.filter_name),
-                             .icon_location = {},
-                             .category = expected.category,
-                             .flags = expected.flags};
-    if (!expected.icon_suffix.empty())
-        view.icon_location = std::u16string(module_path) + std::u16string(expected.icon_suffix);
+// The record that the content library describes for type `index` of a module at `module_path`.
+inline FileAssociationView english_view(std::uint32_t index, std::u16string_view module_path) {
+    const std::optional<content::FileAssociationTexts> texts = content::file_association(index, module_path);
+    if (!texts) return {};
+    FileAssociationView view{texts->extension,        texts->type_name,      texts->extension_description,
+                             texts->long_description, texts->filter_pattern, texts->filter_name,
+                             texts->icon_location,    texts->category,       texts->flags};
     view.formula_bytes = 72;
-    for (const std::u16string* text :
-         {&view.extension, &view.type_name, &view.extension_description, &view.long_description, &view.filter_pattern,
-          &view.filter_name, &view.icon_location})
-        view.formula_bytes += (text->size() + 1) * sizeof(char16_t);
+    for (const std::u16string* text : view.texts()) view.formula_bytes += (text->size() + 1) * sizeof(char16_t);
     return view;
 }
 
