@@ -4,6 +4,7 @@
 #include "common/integer_text.h"
 #include "common/trim.h"
 #include "common/utf.h"
+#include "common/wildcard.h"
 #include "common/windows_path.h"
 #include "exports/host_text.h"
 
@@ -49,6 +50,28 @@ TEST(TextRules, PathsSplitAtEitherSeparator) {
     static_assert(is_device_path(u"//./PhysicalDrive2") && !is_device_path(u"\\server"));
     EXPECT_EQ(joined_path(u"C:/games", u"disk.adf"), u"C:/games\\disk.adf");
     EXPECT_EQ(joined_path(u"C:/games/", u"disk.adf"), u"C:/games/disk.adf");
+}
+
+TEST(TextRules, WildcardsMatchWholeNamesIgnoringCase) {
+    const struct {
+        std::u16string_view pattern, name;
+        bool match;
+    } rows[] = {
+        {u"aros-*-boot.adf", u"AROS-20240101-boot.ADF", true},
+        {u"aros-*.rom", u"aros-.rom", true},
+        {u"*-ext.rom", u"aros-ext.rom.bak", false},
+        {u"a?c", u"abc", true},
+        {u"a?c", u"ac", false},
+        {u"*a*b", u"xaxbxab", true},
+        {u"a*", u"", false},
+        {u"**", u"", true},
+        {u"abc", u"ab", false},
+        {u"ab", u"abc", false},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(wildcard_match(row.pattern, row.name), row.match)
+            << std::string(row.pattern.begin(), row.pattern.end()) << " "
+            << std::string(row.name.begin(), row.name.end());
 }
 
 TEST(TextRules, TrimsSpaceTabCrLfOnly) {
