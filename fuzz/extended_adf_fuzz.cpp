@@ -6,17 +6,9 @@
 #include "media/extended_adf.h"
 #include "media/mfm_track.h"
 
-#include <cstdint>
-#include <cstdlib>
-
 using namespace kq;
 using namespace kq::media;
-
-namespace {
-
 using kq::fuzz::require;
-
-} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     MemorySource source(std::as_bytes(std::span(data, size)));
@@ -29,13 +21,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     bool long_tracks = false;
     for (const ExtendedAdfTrack& track : table.tracks()) long_tracks = long_tracks || track.byte_length > 20000;
     require(table.long_tracks() == (long_tracks ? 1u : 0u));
-
     DecodedFloppy decoded;
-    if (decode_extended_adf(source, table, decoded) == status::ok) {
-        require(decoded.sectors_per_track == kDoubleDensitySectors || decoded.sectors_per_track == kHighDensitySectors);
-        require(decoded.image.size() == decoded.tracks * decoded.sectors_per_track * kSectorBytes);
-        require(decoded.tracks + decoded.ignored_tracks == table.track_count());
-        require(decoded.incomplete_tracks <= decoded.tracks);
-    }
+    if (decode_extended_adf(source, table, decoded) != status::ok) return 0;
+    require(decoded.sectors_per_track == kDoubleDensitySectors || decoded.sectors_per_track == kHighDensitySectors);
+    require(decoded.image.size() == decoded.tracks * decoded.sectors_per_track * kSectorBytes);
+    require(decoded.tracks + decoded.ignored_tracks == table.track_count());
+    require(decoded.incomplete_tracks <= decoded.tracks);
     return 0;
 }

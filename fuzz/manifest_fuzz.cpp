@@ -9,29 +9,22 @@
 
 #include <libxml/tree.h>
 
-#include <cstdint>
-#include <cstdlib>
 #include <string>
 
 using namespace kq;
 using namespace kq::manifest;
 
-namespace {
-
 using kq::fuzz::require;
 
-constexpr std::size_t kMaxInputBytes = 64 * 1024;
-
 bool has_prefixed_element_with_content(const xmlNode* node) {
-    for (; node != nullptr; node = node->next) {
-        if (node->type != XML_ELEMENT_NODE) continue;
-        if (node->ns != nullptr && node->ns->prefix != nullptr && node->children != nullptr) return true;
-        if (has_prefixed_element_with_content(node->children)) return true;
-    }
+    for (; node != nullptr; node = node->next)
+        if (node->type == XML_ELEMENT_NODE &&
+            ((node->ns && node->ns->prefix && node->children) || has_prefixed_element_with_content(node->children)))
+            return true;
     return false;
 }
 
-void read_everything(const ManifestDocument& document, Element parent) {
+void read_everything(Element parent) {
     for (Element child = find_child_element("", parent); child != nullptr;
          child = find_child_element("", parent, child)) {
         Text text;
@@ -39,7 +32,7 @@ void read_everything(const ManifestDocument& document, Element parent) {
         require(!text || !text->empty());
         get_attribute_text(child, "type", text);
         get_priority(child);
-        read_everything(document, child);
+        read_everything(child);
     }
 }
 
@@ -49,10 +42,8 @@ std::string saved(const ManifestDocument& document, Encoding encoding) {
     return out;
 }
 
-} // namespace
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    if (size > kMaxInputBytes) return 0;
+    if (size > 64 * 1024) return 0;
     const std::string text(reinterpret_cast<const char*>(data), size);
     ManifestDocument document;
     if (document.load(text.c_str()) != status::ok) {
@@ -63,7 +54,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     document.find_peripheral(u"cpu");
     document.find_input_port(0, false, &kind);
     document.find_medium(u"disk.adf", std::nullopt);
-    read_everything(document, document.find_element_by_path(document.application_path()));
+    read_everything(document.find_element_by_path(document.application_path()));
 
     saved(document, Encoding::ascii);
     const std::string first = saved(document, Encoding::utf8);
@@ -74,7 +65,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     const std::string second_text = saved(second, Encoding::utf8);
     ManifestDocument third;
-    require(third.load(second_text.c_str()) == status::ok);
-    require(saved(third, Encoding::utf8) == second_text);
+    require(third.load(second_text.c_str()) == status::ok && saved(third, Encoding::utf8) == second_text);
     return 0;
 }

@@ -9,18 +9,12 @@
 #include "fuzz/fuzz_require.h"
 #include "manifest/manifest_document.h"
 
-#include <cstdint>
-#include <cstdlib>
 #include <string_view>
 
 using namespace kq;
 using namespace kq::content;
 
-namespace {
-
 using kq::fuzz::require;
-
-constexpr std::size_t kMaxInputBytes = 64 * 1024;
 
 bool has_line_end(std::u16string_view text) { return text.find_first_of(u"\r\n") != std::u16string_view::npos; }
 
@@ -32,10 +26,8 @@ void check_drive_lines(std::u16string_view value) {
                 line->volume_name.find(u':') == std::u16string::npos);
 }
 
-} // namespace
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    if (size > kMaxInputBytes) return 0;
+    if (size > 64 * 1024) return 0;
     const UaeConfiguration configuration =
         UaeConfiguration::parse(std::string_view(reinterpret_cast<const char*>(data), size));
     for (const UaeConfiguration::Entry& entry : configuration.entries()) {
@@ -46,17 +38,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         check_drive_lines(entry.value);
     }
 
-    const ImportFileSystem files{
-        .attributes = [](std::u16string_view path) -> std::optional<std::uint32_t> {
-            return path.find(u'.') == std::u16string_view::npos ? 0x10 : 0x21;
-        },
-        .system_rom = [](std::u16string_view path, std::u16string_view) -> std::optional<std::u16string> {
-            if (!path.ends_with(u".rom")) return std::nullopt;
-            return u"310-a1200";
-        }};
+    const ImportFileSystem files{.attributes = [](std::u16string_view path) -> std::optional<std::uint32_t> {
+                                     return path.find(u'.') == std::u16string_view::npos ? 0x10 : 0x21;
+                                 },
+                                 .system_rom =
+                                     [](std::u16string_view path, std::u16string_view) {
+                                         return path.ends_with(u".rom") ? std::optional<std::u16string>(u"310-a1200")
+                                                                        : std::nullopt;
+                                     }};
     std::string xml;
     require(build_catalog(configuration, u"C:\\Amiga", files, xml) == status::ok);
-    manifest::ManifestDocument document;
-    require(document.load(xml.c_str()) == status::ok);
+    require(manifest::ManifestDocument().load(xml.c_str()) == status::ok);
     return 0;
 }

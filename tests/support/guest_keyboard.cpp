@@ -49,20 +49,16 @@ std::span<const KeyFacts, 128> keymap_facts(std::u16string_view layout) {
 
 void GuestKeyboard::feed(std::uint32_t event) {
     const auto raw = static_cast<std::uint8_t>(event & 0x7F);
-    const bool down = (event & 0x20000000u) != 0, up = (event & 0x40000000u) != 0;
-    if (down == up) return;
-    switch (raw) {
-    case 0x60: held_.left_shift = down; return;
-    case 0x61: held_.right_shift = down; return;
-    case 0x62: held_.caps_lock = down; return; // the keyboard sends the lock's state
-    case 0x63: held_.control = down; return;
-    case 0x64: held_.left_alt = down; return;
-    case 0x65: held_.right_alt = down; return;
-    case 0x66:
-    case 0x67: return; // Amiga keys: qualifiers that no keymap reads
-    default:
-        if (down) press(raw);
-    }
+    const bool down = (event & 0x20000000u) != 0;
+    if (down == ((event & 0x40000000u) != 0)) return;
+    // Qualifier keys set what they hold (Caps Lock: the keyboard sends the lock's state); the
+    // Amiga keys (0x66, 0x67) are qualifiers that no keymap reads.
+    bool* const held[] = {&held_.left_shift, &held_.right_shift, &held_.caps_lock,
+                          &held_.control,    &held_.left_alt,    &held_.right_alt};
+    if (raw >= 0x60 && raw <= 0x65)
+        *held[raw - 0x60] = down;
+    else if (down && raw != 0x66 && raw != 0x67)
+        press(raw);
 }
 
 void GuestKeyboard::press(std::uint8_t raw) {

@@ -14,9 +14,9 @@
 namespace kq::test {
 
 struct OptionView {
+    std::uint32_t type = 0, flags = 0;
     std::u16string name, label, description;
     std::optional<std::u16string> group_label, group_description;
-    std::uint32_t type = 0, flags = 0;
     std::vector<std::u16string> values, labels, descriptions;
     std::u16string current_value, default_value;
     // What the size formula gives: header + 8 per array entry + 2 × (length + 1) per string.

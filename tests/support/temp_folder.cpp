@@ -1,32 +1,23 @@
 #include "tests/support/temp_folder.h"
 
+#include <algorithm>
 #include <atomic>
 #include <fstream>
 #include <iterator>
 
 #ifdef _WIN32
 #include <windows.h>
+#define getpid GetCurrentProcessId
 #else
 #include <unistd.h>
 #endif
 
 namespace kq::test {
-namespace {
-
-unsigned long process_id() {
-#ifdef _WIN32
-    return GetCurrentProcessId();
-#else
-    return static_cast<unsigned long>(getpid());
-#endif
-}
-
-} // namespace
 
 TempFolder::TempFolder() {
     static std::atomic<unsigned> counter{0};
     root_ = std::filesystem::temp_directory_path() /
-            ("kq-test-" + std::to_string(process_id()) + "-" + std::to_string(counter++));
+            ("kq-test-" + std::to_string(getpid()) + "-" + std::to_string(counter++));
     std::filesystem::remove_all(root_);
     std::filesystem::create_directories(root_);
     // On Windows "C:\...\Temp\kq-test-..."; natively "/tmp/kq-test-...", onto which the
@@ -42,8 +33,7 @@ TempFolder::~TempFolder() {
 std::filesystem::path to_fs_path(std::u16string_view module_path) {
     std::u16string path(module_path);
 #ifndef _WIN32
-    for (char16_t& c : path)
-        if (c == u'\\') c = u'/';
+    std::ranges::replace(path, u'\\', u'/');
 #endif
     return std::filesystem::path(path);
 }
@@ -57,8 +47,7 @@ std::u16string TempFolder::path(std::u16string_view relative) const { return pat
 
 std::filesystem::path TempFolder::native(std::u16string_view relative) const {
     std::u16string generic(relative);
-    for (char16_t& c : generic)
-        if (c == u'\\') c = u'/';
+    std::ranges::replace(generic, u'\\', u'/');
     return root_ / std::filesystem::path(generic);
 }
 
