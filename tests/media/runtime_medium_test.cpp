@@ -184,6 +184,7 @@ TEST_F(RuntimeMedium, WritingBack) {
     fs::last_write_time(to_fs_path(assumed), made);
     EXPECT_EQ(free_side_name(images_.path(u"Game.adf")), images_.path(u"Game.adf") + u".temp");
     images_.create_file(u"Game.adf.temp", "someone else's");
+    EXPECT_EQ(free_side_name(images_.path(u"Game.adf")), images_.path(u"Game.adf") + u".temp1");
     images_.create_folder(u"Game.adf.temp1");
     EXPECT_EQ(free_side_name(images_.path(u"Game.adf")), images_.path(u"Game.adf") + u".temp2");
     EXPECT_EQ(dismiss_runtime_medium(assumed, kRuntimeMediumWriteBack | kRuntimeMediumAssumeChanged), status::ok);

@@ -94,8 +94,8 @@ TEST(Deflate64, DecodesTheDeflateThatItShares) {
     MemorySource source(zip);
     MemorySink sink;
     EXPECT_EQ(inflate(source, sink), InflateError::none);
-    Bytes stored = {std::byte{1}, std::byte{10}, std::byte{0}, std::byte{0xF5}, std::byte{0xFF}};
-    stored.resize(15, std::byte{'s'});
+    // A stored block of 10 bytes.
+    const Bytes stored = test::bytes_of(std::string("\x01\x0A\x00\xF5\xFF", 5) + std::string(10, 's'));
     EXPECT_EQ(inflate_method9(stored, Bytes(10, std::byte{'s'})), InflateError::none);
 }
 
@@ -108,7 +108,7 @@ TEST(Deflate64, MalformedStreamsFail) {
         {[](DeflateBitWriter& w) {
              w.bits(3, 3);
              w.fixed_literal('a');
-             w.fixed_literal(257), w.fixed_distance(3); // length 3, distance 4
+             w.fixed_literal(257), w.fixed_distance(1); // length 3, distance 2
          },
          InflateError::corrupt_data},
         {[](DeflateBitWriter& w) { w.bits(3, 3), w.fixed_literal(286); }, InflateError::corrupt_data},

@@ -71,7 +71,7 @@ TEST(Inflate, EveryFailureHasItsCode) {
         {Bytes(zip.begin(), zip.begin() + 20), InflateError::broken_zip_header},
         {bad_signature, InflateError::broken_zip_header},
         {zip_archive(image, {.method = 12}), InflateError::zip_method},
-        {Bytes(gzip.begin(), gzip.begin() + 6), InflateError::gzip_header_short},
+        {Bytes(gzip.begin(), gzip.begin() + 9), InflateError::gzip_header_short},
         {gzip_member(image, {.method = 0}), InflateError::gzip_method},
         {gzip_member(image, {.method = 7}), InflateError::gzip_method},
         {gzip_member(image, {.flags = 0x02}), InflateError::multipart},
