@@ -93,7 +93,7 @@ TEST_F(RuntimeMedium, WhichImagesGetACopyItsNameAndItsRecord) {
         }
         EXPECT_EQ(copy.substr(0, copy.rfind(u'\\') + 1), *runtime_folder());
         const std::u16string file = copy.substr(copy.rfind(u'\\') + 1);
-        EXPECT_EQ(file.substr(kRuntimeKeyChars), u"-" + std::u16string(copy_name));
+        EXPECT_EQ(file.substr(kRuntimeKeyChars), std::u16string(1, u'-').append(copy_name));
         for (std::size_t i = 0; i < kRuntimeKeyChars; ++i) {
             const bool hyphen = i == 8 || i == 13 || i == 18 || i == 23;
             EXPECT_TRUE(hyphen ? file[i] == u'-'
@@ -140,7 +140,8 @@ TEST_F(RuntimeMedium, KeysNamesAndPaths) {
     EXPECT_FALSE(changed(copy));
     // Keys that would not name a working copy that can be found again.
     for (const std::u16string_view bad :
-         {key.substr(0, 35), key + u"w", std::u16string(key).replace(32, 1, u"\\"), std::u16string()})
+         {u"0123456789ABCDEF0123456789abcdef-xy", u"0123456789ABCDEF0123456789abcdef-xyzw",
+          u"0123456789ABCDEF0123456789abcdef\\xyz", u""})
         EXPECT_EQ(get(u"Game.adf", copy, false, bad), status::invalid_argument) << test::printable(bad);
     // Check and dismiss take 36 characters and a hyphen after the last "\", nothing shorter; a
     // well-formed name without a record is the system's error.
@@ -156,7 +157,8 @@ TEST_F(RuntimeMedium, KeysNamesAndPaths) {
     // Folder + key + "-" + name: 259 characters pass the check, 260 do not; paths too short to
     // have a kind, or without a separator.
     const std::u16string fits = std::u16string(259 - folder.size() - kRuntimeKeyChars - 1 - 4, u'n') + u".adf";
-    EXPECT_EQ(get(u"n" + fits, copy), status::from_win32(platform::system_error::buffer_overflow));
+    EXPECT_EQ(get(std::u16string(1, u'n').append(fits), copy),
+              status::from_win32(platform::system_error::buffer_overflow));
     EXPECT_EQ(get(fits, copy), status::from_win32(platform::system_error::file_not_found));
     EXPECT_EQ(get(u"missing.adz", copy), static_cast<HResult>(0x80040002u));
     EXPECT_EQ(make_runtime_medium({.image_path = u".adf"}, copy), status::nothing_more);
