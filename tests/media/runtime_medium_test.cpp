@@ -35,6 +35,11 @@ protected:
     // Natively the temporary folder is one of the test's own.
     RuntimeMedium() { platform::native::set_temp_folder(temp_.path() + u"\\"); }
     ~RuntimeMedium() override { platform::native::set_temp_folder(u""); }
+#else
+    // Under Wine the copies go to the real temporary folder: they are removed with their records.
+    ~RuntimeMedium() override {
+        for (const std::u16string& copy : copies_) dismiss_runtime_medium(copy, 0);
+    }
 #endif
     static std::u16string record_of(std::u16string_view copy) {
         return std::u16string(copy.substr(0, copy.rfind(u'\\') + 1 + kRuntimeKeyChars)) + u".info";
@@ -45,8 +50,10 @@ protected:
                 std::optional<std::u16string_view> alternate = std::nullopt) {
         const std::u16string path = images_.path(image);
         copy.clear();
-        return make_runtime_medium(
+        const HResult result = make_runtime_medium(
             {.image_path = path, .alternate_folder = alternate, .caller_key = key, .no_timestamp = no_timestamp}, copy);
+        copies_.push_back(copy);
+        return result;
     }
     bool changed(std::u16string_view copy) {
         bool is_changed = false;
@@ -65,6 +72,7 @@ protected:
         return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder), fs::directory_iterator()));
     }
     test::TempFolder temp_, images_;
+    std::vector<std::u16string> copies_;
 };
 
 TEST_F(RuntimeMedium, WhichImagesGetACopyItsNameAndItsRecord) {
