@@ -1,10 +1,9 @@
 #pragma once
 // Disk and CD images built by the tests: AmigaDOS floppies (any DOS type, with or without a
 // bootable boot block or custom boot code), hard-disk images with a Rigid Disk Block or a
-// single volume, DMS archives of stored records, and ISO 9660 images (plain and raw sectors).
+// single volume, and ISO 9660 images (plain and raw sectors).
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,7 +20,7 @@ struct FloppySpec {
     std::uint32_t first_long = 0x444F5300; // "DOS\0"
     bool boot_checksum = true;             // make the boot blocks bootable
     std::string boot_code;                 // from offset 12
-    bool root = true;                      // write a root block (and bitmap)
+    bool root = true;                      // write a root block
     std::string name = "Workbench";
     AmigaDateStamp created{16801, 720, 0}; // 2024-01-01 12:00:00
 };
@@ -42,12 +41,8 @@ struct PartitionSpec {
 // on, each partition an AmigaDOS volume.
 Image rdb_hard_disk(std::uint32_t cylinders, const std::vector<PartitionSpec>& partitions);
 
-// A DMS archive of an ADF, every cylinder stored as it is (mode 0).
-Image dms_archive(const Image& adf);
-
 // An ISO 9660 image with a primary volume descriptor; `raw` writes 2,352-byte MODE1 sectors
-// (sync, header, user data, error fields zero) instead of 2,048-byte ones, after `lead_sectors`
-// sectors of zeros.
+// (sync, header, user data) instead of 2,048-byte ones, after `lead_sectors` sectors of zeros.
 struct IsoSpec {
     std::string volume = "CDROM";
     std::string created = "2006010516501900"; // YYYYMMDDhhmmsscc

@@ -15,16 +15,14 @@ void put32(Bytes& out, std::uint32_t value) {
     put16(out, value & 0xFFFF);
     put16(out, value >> 16);
 }
-void append(Bytes& out, std::string_view text) {
-    for (char c : text) out.push_back(std::byte(static_cast<unsigned char>(c)));
-}
 void append(Bytes& out, const Bytes& bytes) { out.insert(out.end(), bytes.begin(), bytes.end()); }
+void append(Bytes& out, std::string_view text) { append(out, bytes_of(text)); }
 
 } // namespace
 
 Bytes bytes_of(std::string_view text) {
     Bytes out;
-    append(out, text);
+    for (char c : text) out.push_back(std::byte(static_cast<unsigned char>(c)));
     return out;
 }
 
@@ -53,59 +51,26 @@ Bytes sample_image(std::size_t size, unsigned seed) {
     static constexpr std::string_view kWords[] = {"AmigaDOS ", "Kickstart ", "track ", "sector ",    "\0\0\0\0",
                                                   "DH0: ",     "Workbench ", "\n",     "0123456789 "};
     Bytes out;
-    out.reserve(size);
     std::uint32_t state = seed * 2654435761u + 1;
     while (out.size() < size) {
         state = state * 1103515245u + 12345u;
-        const std::string_view word = kWords[(state >> 16) % std::size(kWords)];
-        for (char c : word)
-            if (out.size() < size) out.push_back(std::byte(static_cast<unsigned char>(c)));
-        if ((state >> 8) % 7 == 0 && out.size() < size) out.push_back(std::byte(state >> 24)); // some noise
-    }
-    return out;
-}
-
-Bytes short_repeats(std::size_t size, unsigned seed) {
-    std::uint32_t state = seed * 747796405u + 2891336453u;
-    const auto next = [&] {
-        state = state * 1103515245u + 12345u;
-        return state >> 8;
-    };
-    std::vector<Bytes> words(2000);
-    for (Bytes& word : words) {
-        word.resize(4 + next() % 9);
-        for (std::byte& b : word) b = std::byte(next() & 0xFF);
-    }
-    Bytes out;
-    while (out.size() < size) {
-        const Bytes& word = words[next() % words.size()];
-        out.insert(out.end(), word.begin(), word.end());
+        append(out, kWords[(state >> 16) % std::size(kWords)]);
+        if ((state >> 8) % 7 == 0) out.push_back(std::byte(state >> 24)); // some noise
     }
     out.resize(size);
     return out;
 }
 
 Bytes gzip_member(const Bytes& data, const GzipParts& parts) {
-    std::uint8_t flags = parts.flags;
-    if (!parts.extra.empty()) flags |= 0x04;
-    if (!parts.name.empty()) flags |= 0x08;
-    if (!parts.comment.empty()) flags |= 0x10;
+    const std::uint8_t flags = parts.flags | (parts.extra.empty() ? 0 : 0x04) | (parts.name.empty() ? 0 : 0x08) |
+                               (parts.comment.empty() ? 0 : 0x10);
     Bytes out = {std::byte{0x1F}, std::byte{0x8B}, std::byte{parts.method}, std::byte{flags}};
     put32(out, 0x12345678); // time
-    out.push_back(std::byte{0});
-    out.push_back(std::byte{3}); // OS: Unix
-    if (!parts.extra.empty()) {
-        put16(out, static_cast<std::uint32_t>(parts.extra.size()));
-        append(out, parts.extra);
-    }
-    if (!parts.name.empty()) {
-        append(out, parts.name);
-        out.push_back(std::byte{0});
-    }
-    if (!parts.comment.empty()) {
-        append(out, parts.comment);
-        out.push_back(std::byte{0});
-    }
+    put16(out, 0x0300);     // extra flags, OS: Unix
+    if (!parts.extra.empty()) put16(out, static_cast<std::uint32_t>(parts.extra.size()));
+    append(out, parts.extra);
+    for (const std::string& text : {parts.name, parts.comment})
+        if (!text.empty()) append(out, std::string_view(text.c_str(), text.size() + 1));
     append(out, parts.compressed ? *parts.compressed : raw_deflate(data));
     if (parts.trailer) {
         put32(out, crc32_of(data) ^ static_cast<std::uint32_t>(parts.crc_xor));
@@ -120,51 +85,39 @@ Bytes zip_archive(const Bytes& data, const ZipParts& parts) {
     const bool descriptor = (parts.flags & 0x08) != 0;
     const auto compressed_size =
         static_cast<std::uint32_t>(static_cast<std::int64_t>(body.size()) + parts.compressed_size_add);
-    Bytes out;
-    append(out, "PK\x03\x04");
-    put16(out, 20); // version needed
+    const auto size = static_cast<std::uint32_t>(data.size());
+    Bytes out = bytes_of("PK\x03\x04\x14");
+    out.push_back(std::byte{0}); // version needed: 2.0
     put16(out, parts.flags);
     put16(out, parts.method);
-    put16(out, 0x6000); // time
-    put16(out, 0x5A21); // date
+    put32(out, 0x5A216000); // time and date
     put32(out, descriptor ? 0 : crc);
-    const std::uint32_t small_compressed = parts.zip64 ? 0xFFFFFFFF : descriptor ? 0 : compressed_size;
-    const std::uint32_t small_size = parts.zip64  ? 0xFFFFFFFF
-                                     : descriptor ? 0
-                                                  : static_cast<std::uint32_t>(data.size());
-    put32(out, small_compressed);
-    put32(out, small_size);
+    put32(out, parts.zip64 ? 0xFFFFFFFF : descriptor ? 0 : compressed_size);
+    put32(out, parts.zip64 ? 0xFFFFFFFF : descriptor ? 0 : size);
     Bytes extra = bytes_of(parts.extra);
     if (parts.zip64) {
-        put16(extra, 0x0001);
-        put16(extra, 16);
-        put32(extra, descriptor ? 0 : static_cast<std::uint32_t>(data.size()));
-        put32(extra, 0);
-        put32(extra, descriptor ? 0 : compressed_size);
-        put32(extra, 0);
+        put32(extra, 0x00100001); // tag 1, 16 bytes
+        for (const std::uint32_t value : {descriptor ? 0 : size, 0u, descriptor ? 0 : compressed_size, 0u})
+            put32(extra, value);
     }
-    put16(out, static_cast<std::uint32_t>(parts.name.size()));
+    put16(out, 8); // "disk.adf"
     put16(out, static_cast<std::uint32_t>(extra.size()));
-    append(out, parts.name);
+    append(out, "disk.adf");
     append(out, extra);
     append(out, body);
     if (descriptor && parts.descriptor) {
         append(out, "PK\x07\x08");
         put32(out, crc);
-        put32(out, compressed_size);
-        if (parts.zip64) put32(out, 0);
-        put32(out, static_cast<std::uint32_t>(data.size()));
-        if (parts.zip64) put32(out, 0);
+        for (const std::uint32_t value : {compressed_size, size}) {
+            put32(out, value);
+            if (parts.zip64) put32(out, 0);
+        }
     }
-    if (parts.central_directory) {
-        // A second, stored entry and a central directory: what follows the first entry.
-        append(out, "PK\x03\x04");
-        append(out, Bytes(26, std::byte{0}));
-        append(out, "PK\x01\x02");
-        append(out, Bytes(42, std::byte{0}));
-        append(out, "PK\x05\x06");
-        append(out, Bytes(18, std::byte{0}));
-    }
+    if (parts.central_directory) // a second, stored entry and a central directory
+        for (const auto& [signature, rest] : {std::pair{"PK\x03\x04", 26}, {"PK\x01\x02", 42}, {"PK\x05\x06", 18}}) {
+            append(out, signature);
+            append(out, Bytes(static_cast<std::size_t>(rest)));
+        }
     return out;
 }
 
@@ -192,15 +145,6 @@ void DeflateBitWriter::fixed_literal(unsigned symbol) {
         code(symbol - 256, 7);
     else
         code(0xC0 + symbol - 280, 8);
-}
-
-void DeflateBitWriter::stored_block(const Bytes& data, bool last) {
-    bits(last ? 1 : 0, 1);
-    bits(0, 2);
-    if (held_ > 0) bits(0, 8 - held_);
-    bits(static_cast<std::uint32_t>(data.size()), 16);
-    bits(~static_cast<std::uint32_t>(data.size()) & 0xFFFF, 16);
-    append(out_, data);
 }
 
 Bytes DeflateBitWriter::finish() {

@@ -16,11 +16,9 @@ Bytes bytes_of(std::string_view text);
 // Raw deflate data (no zlib header) of `data` at zlib's default level and `strategy`.
 Bytes raw_deflate(const Bytes& data, int strategy = 0);
 std::uint32_t crc32_of(const Bytes& data);
-// A test image: `size` bytes of text-like, compressible content that varies with `seed`.
+// A test image: `size` bytes of text-like, compressible content that varies with `seed`. Its
+// repeats are short, so its deflate data decodes the same as Deflate64.
 Bytes sample_image(std::size_t size, unsigned seed = 1);
-// Bytes whose repeats are all short (under 100 bytes): their deflate data never uses length
-// code 285, so it decodes the same as Deflate64.
-Bytes short_repeats(std::size_t size, unsigned seed = 1);
 
 struct GzipParts {
     std::uint8_t method = 8;
@@ -33,13 +31,12 @@ struct GzipParts {
     bool trailer = true;
     std::optional<Bytes> compressed; // the data as given, instead of zlib's deflate of it
 };
-// A gzip member holding `data`; the flags word is `parts.flags` plus those of the fields given.
+// A gzip member holding `data`; the flags byte is `parts.flags` plus those of the fields given.
 Bytes gzip_member(const Bytes& data, const GzipParts& parts = {});
 
 struct ZipParts {
     std::uint16_t method = 8;
     std::uint16_t flags = 0; // 0x08 moves CRC and sizes into a data descriptor
-    std::string name = "disk.adf";
     std::string extra;
     std::int64_t compressed_size_add = 0; // added to the stored compressed size
     std::int64_t crc_xor = 0;
@@ -48,8 +45,8 @@ struct ZipParts {
     std::optional<Bytes> compressed;
     bool zip64 = false; // sizes in a ZIP64 extra record (and a 24-byte descriptor)
 };
-// A ZIP archive whose first entry holds `data` (stored for method 0, deflated for 8), then a
-// second entry and the central directory, which the reader must ignore.
+// A ZIP archive whose first entry, "disk.adf", holds `data` (stored for method 0, deflated
+// otherwise), then a second entry and the central directory, which the reader must ignore.
 Bytes zip_archive(const Bytes& data, const ZipParts& parts = {});
 
 // Writes a raw deflate or Deflate64 stream bit by bit, for streams that no encoder at hand makes.
@@ -57,16 +54,13 @@ class DeflateBitWriter {
 public:
     // `count` bits of `value`, least significant first (headers and extra bits).
     void bits(std::uint32_t value, int count);
-    // A Huffman code of `length` bits, most significant first.
-    void code(std::uint32_t code, int length);
     // Fixed-Huffman symbols: a literal or length symbol (0-287), a distance symbol (0-31).
     void fixed_literal(unsigned symbol);
     void fixed_distance(unsigned symbol) { code(symbol, 5); }
-    // A stored block of `data` (at most 65535 bytes).
-    void stored_block(const Bytes& data, bool last);
     Bytes finish();
 
 private:
+    void code(std::uint32_t code, int length); // most significant bit first
     Bytes out_;
     std::uint32_t pending_ = 0;
     int held_ = 0;

@@ -1,13 +1,12 @@
 #pragma once
-// What the DMS tests share: the sample archives in tests/data/dms and what they unpack to, a
-// SHA-256 to compare images by, and edits of an archive that keep its CRCs right.
+// What the DMS tests share: the sample archives in tests/data/dms and what they unpack to, and
+// edits of an archive that keep its CRCs right.
 
 #include "media/dms/dms_unpacker.h"
 
 #include <cstdint>
 #include <filesystem>
 #include <span>
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -17,15 +16,16 @@ using Bytes = std::vector<std::uint8_t>;
 
 struct Sample {
     const char* name;
-    const char* sha256;      // of the image (what xdms writes)
+    std::uint32_t crc32;     // of the image that xdms writes
     std::size_t image_bytes; // up to the archive's last cylinder
     std::size_t cylinder_bytes;
 };
 std::span<const Sample> samples(); // those that unpack (not the encrypted one)
+const Sample& sample_named(std::string_view name);
 
 std::filesystem::path data_folder();
 Bytes read_sample(std::string_view name);
-std::string sha256(std::span<const std::uint8_t> bytes);
+std::uint32_t crc32_of(std::span<const std::uint8_t> bytes);
 
 struct Unpacked {
     media::DmsError error;
@@ -34,6 +34,7 @@ struct Unpacked {
 Unpacked unpack(const Bytes& archive);
 
 std::vector<std::size_t> record_offsets(const Bytes& archive); // by the packed lengths
+unsigned be16(const Bytes& archive, std::size_t at);
 void put16(Bytes& archive, std::size_t at, unsigned value);
 void fix_header_crc(Bytes& archive);
 void fix_record_header_crc(Bytes& archive, std::size_t record);
