@@ -20,19 +20,13 @@
 namespace kq::content {
 namespace {
 
-std::u16string joined(std::initializer_list<std::u16string_view> pieces) {
-    std::u16string text;
-    for (const std::u16string_view piece : pieces) text += piece;
-    return text;
-}
-
 class ContentInfo : public ::testing::Test {
 protected:
     ContentInfo() {
         for (const std::u16string_view file : {u"a.hdf", u"b.hdf", u"c.hdf", u"d.hdf"}) folder_.create_file(file, "x");
         folder_.create_folder(u"Games");
-        hard_disks_[c_] = {.device_name = u"DH7", .volume_name = u"Stored"};
-        hard_disks_[d_] = {};
+        hard_disks_[folder_.path(u"c.hdf")] = {.device_name = u"DH7", .volume_name = u"Stored"};
+        hard_disks_[folder_.path(u"d.hdf")] = {};
     }
 
     MediumNameReaders readers() {
@@ -47,12 +41,22 @@ protected:
                     return found == hard_disks_.end() ? std::nullopt : std::optional(found->second);
                 }};
     }
+    // `text` with @a, @b, @c, @d (files), @g (a folder), @m (a missing file) and @v (a device) replaced.
+    std::u16string paths(std::u16string_view text) const {
+        std::u16string out;
+        for (std::size_t at = 0; at < text.size(); ++at) {
+            const std::size_t which = text[at] == u'@' ? std::u16string_view(u"abcdgmv").find(text[at + 1]) : 7;
+            out += which < 7 ? paths_[which] : std::u16string(1, text[at]);
+            at += which < 7 ? 1 : 0;
+        }
+        return out;
+    }
     std::u16string info(std::u16string_view list, std::u16string_view records, std::uint32_t flags) {
-        return content_info_text(list, records, flags, readers()).value_or(u"<not formatted>");
+        return content_info_text(paths(list), paths(records), flags, readers()).value_or(u"<not formatted>");
     }
     std::u16string tooltip(std::uint8_t type, std::uint32_t index, std::u16string_view path,
                            std::u16string_view label) {
-        return content_tooltip_text(type, index, path, label, readers()).value_or(u"<not formatted>");
+        return content_tooltip_text(type, index, paths(path), paths(label), readers()).value_or(u"<not formatted>");
     }
 
     test::TempFolder folder_;
@@ -63,87 +67,68 @@ protected:
                                                                         {u"E:", u"Image"}};
     std::map<std::u16string, media::HardDiskNames, std::less<>> hard_disks_;
     std::vector<media::HardDiskGeometry> geometries_asked_;
-    const std::u16string a_ = folder_.path(u"a.hdf"), b_ = folder_.path(u"b.hdf"), c_ = folder_.path(u"c.hdf"),
-                         d_ = folder_.path(u"d.hdf"), games_ = folder_.path(u"Games"),
-                         missing_ = folder_.path(u"missing.hdf");
+    const std::u16string paths_[7] = {folder_.path(u"a.hdf"),  folder_.path(u"b.hdf"), folder_.path(u"c.hdf"),
+                                      folder_.path(u"d.hdf"),  folder_.path(u"Games"), folder_.path(u"missing.hdf"),
+                                      u"\\\\.\\PhysicalDrive1"};
 };
 
 TEST_F(ContentInfo, ConfiguredDisksInLongAndShortForm) {
-    const std::u16string_view device = u"\\\\.\\PhysicalDrive1";
     const struct {
         const char* what;
-        std::u16string list, records, long_form, short_form;
+        std::u16string_view list, records, long_form, short_form;
     } rows[] = {
-        {"unrecorded files get DH0 and DH1", joined({u"One\t", a_, u"\nTwo\t", b_}), u"",
-         joined({u"One\tHard Disk \"", a_, u"\"\nTwo\tHard Disk \"", b_, u"\""}),
-         joined({u"\"", a_, u"\" (DH0, hardfile)\n\"", b_, u"\" (DH1, hardfile)"})},
-        {"a taken name gets a suffix", joined({u"One\t", a_, u"\nTwo\t", b_}),
-         joined({b_, u"\tDH0\rwork\tWork\rData\tmy kind"}),
-         joined({u"One\tHard Disk \"", a_, u"\"\nTwo\tHard Disks \"Work\" and \"Data\""}),
-         joined({u"\"", a_, u"\" (DH0, hardfile)\n\"Work\" and \"Data\" (DH0_0 and work, my kind)"})},
-        {"names clash without regard to case", joined({u"One\t", a_, u"\nTwo\t", b_}), joined({b_, u"\tdh0\t\t"}),
-         joined({u"One\tHard Disk \"", a_, u"\"\nTwo\tHard Disk "}),
-         joined({u"\"", a_, u"\" (DH0, hardfile)\n (dh0_0)"})},
-        {"not mounted", joined({u"One\t", a_}), joined({a_, u"\t:nomount:\rDH4\tWork\thardfile"}),
-         u"One\tHard Disk \"Work\"", u"\"Work\" (N/A, hardfile)"},
-        {"a missing file gives no line", joined({u"One\t", missing_, u"\nTwo\t", a_}), u"",
-         joined({u"Two\tHard Disk \"", a_, u"\""}), joined({u"\"", a_, u"\" (DH0, hardfile)"})},
-        {"a record needs no file", joined({u"One\t", missing_}), joined({missing_, u"\t\tOld\thardfile"}),
-         u"One\tHard Disk \"Old\"", u"\"Old\" (DH0, hardfile)"},
-        {"folders", joined({u"Play\t", games_}), u"", joined({u"Play\tHard Disk \"", games_, u"\""}),
-         joined({u"\"", games_, u"\" (DH0, mounted directory)"})},
-        {"colon prefix", joined({u"One\t:hdf:", a_}), joined({a_, u"\tDH2\tWork\t"}), u"One\tHard Disk \"Work\"",
-         u"\"Work\" (DH2)"},
-        {"three volumes, empty entries dropped", joined({u"One\t", a_}), joined({a_, u"\t\r\rDH1\r\tX\r\rY\rZ\r\t"}),
+        {"unrecorded files get DH0 and DH1", u"One\t@a\nTwo\t@b", u"", u"One\tHard Disk \"@a\"\nTwo\tHard Disk \"@b\"",
+         u"\"@a\" (DH0, hardfile)\n\"@b\" (DH1, hardfile)"},
+        {"a taken name gets a suffix", u"One\t@a\nTwo\t@b", u"@b\tDH0\rwork\tWork\rData\tmy kind",
+         u"One\tHard Disk \"@a\"\nTwo\tHard Disks \"Work\" and \"Data\"",
+         u"\"@a\" (DH0, hardfile)\n\"Work\" and \"Data\" (DH0_0 and work, my kind)"},
+        {"names clash without regard to case", u"One\t@a\nTwo\t@b", u"@b\tdh0\t\t",
+         u"One\tHard Disk \"@a\"\nTwo\tHard Disk ", u"\"@a\" (DH0, hardfile)\n (dh0_0)"},
+        {"not mounted", u"One\t@a", u"@a\t:nomount:\rDH4\tWork\thardfile", u"One\tHard Disk \"Work\"",
+         u"\"Work\" (N/A, hardfile)"},
+        {"a missing file gives no line", u"One\t@m\nTwo\t@a", u"", u"Two\tHard Disk \"@a\"", u"\"@a\" (DH0, hardfile)"},
+        {"a record needs no file", u"One\t@m", u"@m\t\tOld\thardfile", u"One\tHard Disk \"Old\"",
+         u"\"Old\" (DH0, hardfile)"},
+        {"folders", u"Play\t@g", u"", u"Play\tHard Disk \"@g\"", u"\"@g\" (DH0, mounted directory)"},
+        {"colon prefix", u"One\t:hdf:@a", u"@a\tDH2\tWork\t", u"One\tHard Disk \"Work\"", u"\"Work\" (DH2)"},
+        {"three volumes, empty entries dropped", u"One\t@a", u"@a\t\r\rDH1\r\tX\r\rY\rZ\r\t",
          u"One\tHard Disks \"X\", \"Y\" and \"Z\"", u"\"X\", \"Y\" and \"Z\" (DH1)"},
-        {"device paths have no names", joined({u"USB\t", device}), joined({device, u"\tDH5\tWD\tDirect-attached disk"}),
-         u"USB\tHard Disk ", u""},
-        {"lines without a path", joined({a_, u"\n\nOne\t", a_}), u"", joined({u"One\tHard Disk \"", a_, u"\""}),
-         joined({u"\"", a_, u"\" (DH0, hardfile)"})},
+        {"device paths have no names", u"USB\t@v", u"@v\tDH5\tWD\tDirect-attached disk", u"USB\tHard Disk ", u""},
+        {"lines without a path", u"@a\n\nOne\t@a", u"", u"One\tHard Disk \"@a\"", u"\"@a\" (DH0, hardfile)"},
         {"nothing", u"", u"", u"", u""},
     };
     for (const auto& row : rows) {
-        EXPECT_EQ(info(row.list, row.records, 0), row.long_form) << row.what;
-        EXPECT_EQ(info(row.list, row.records, kContentInfoShort), row.short_form) << row.what;
+        EXPECT_EQ(info(row.list, row.records, 0), paths(row.long_form)) << row.what;
+        EXPECT_EQ(info(row.list, row.records, kContentInfoShort), paths(row.short_form)) << row.what;
     }
 }
 
 TEST_F(ContentInfo, RunningDisks) {
-    const std::u16string_view device = u"\\\\.\\PhysicalDrive2";
     const struct {
         const char* what;
-        std::u16string lines, expected;
+        std::u16string_view lines, expected;
     } rows[] = {
-        {"given names", joined({a_, u"\tdevicename=DH3\tvolumename=Work"}), joined({a_, u"\tDH3\tWork\thardfile"})},
-        {"stored names win", joined({c_, u"\tdevicename=DH3\tvolumename=Work"}),
-         joined({c_, u"\tDH7\tStored\thardfile"})},
-        {"empty stored names do not", joined({d_, u"\tdevicename=DH3\tvolumename=Work"}),
-         joined({d_, u"\tDH3\tWork\thardfile"})},
-        {"priority -129", joined({a_, u"\tdevicename=DH3\tbootpriority=-129"}),
-         joined({a_, u"\t:nomount:\t\thardfile"})},
-        {"priority -128", joined({a_, u"\tdevicename=DH3\tbootpriority=-128"}), joined({a_, u"\tDH3\t\thardfile"})},
-        {"priority in hexadecimal", joined({a_, u"\tbootpriority=-0x81"}), joined({a_, u"\t:nomount:\t\thardfile"})},
-        {"priority without a number", joined({a_, u"\tdevicename=DH3\tbootpriority=low"}),
-         joined({a_, u"\tDH3\t\thardfile"})},
-        {"not mounted despite a stored device", joined({c_, u"\tbootpriority=-200"}),
-         joined({c_, u"\t:nomount:\tStored\thardfile"})},
-        {"trailing backslash", joined({games_, u"\\"}), joined({games_, u"\\\t\tGames\tmounted directory"})},
-        {"folder with names", joined({games_, u"\tvolumename=Play\tdevicename=DH1"}),
-         joined({games_, u"\tDH1\tPlay\tmounted directory"})},
-        {"keys begin after a tab", joined({a_, u"\tmydevicename=X\tvolumename=V\tx=1"}),
-         joined({a_, u"\t\tV\thardfile"})},
-        {"attached disk", joined({device, u"\tvendor-id=WD\tproduct-id=Elements"}),
-         joined({device, u"\t\tWD Elements\tDirect-attached disk"})},
-        {"attached disk without vendor", joined({device, u"\tproduct-id=Elements"}),
-         joined({device, u"\t\tElements\tDirect-attached disk"})},
-        {"attached disk without product", joined({device, u"\tvendor-id=WD\tproduct-id="}), u""},
+        {"given names", u"@a\tdevicename=DH3\tvolumename=Work", u"@a\tDH3\tWork\thardfile"},
+        {"stored names win", u"@c\tdevicename=DH3\tvolumename=Work", u"@c\tDH7\tStored\thardfile"},
+        {"empty stored names do not", u"@d\tdevicename=DH3\tvolumename=Work", u"@d\tDH3\tWork\thardfile"},
+        {"priority -129", u"@a\tdevicename=DH3\tbootpriority=-129", u"@a\t:nomount:\t\thardfile"},
+        {"priority -128", u"@a\tdevicename=DH3\tbootpriority=-128", u"@a\tDH3\t\thardfile"},
+        {"priority in hexadecimal", u"@a\tbootpriority=-0x81", u"@a\t:nomount:\t\thardfile"},
+        {"priority without a number", u"@a\tdevicename=DH3\tbootpriority=low", u"@a\tDH3\t\thardfile"},
+        {"not mounted despite a stored device", u"@c\tbootpriority=-200", u"@c\t:nomount:\tStored\thardfile"},
+        {"trailing backslash", u"@g\\", u"@g\\\t\tGames\tmounted directory"},
+        {"folder with names", u"@g\tvolumename=Play\tdevicename=DH1", u"@g\tDH1\tPlay\tmounted directory"},
+        {"keys begin after a tab", u"@a\tmydevicename=X\tvolumename=V\tx=1", u"@a\t\tV\thardfile"},
+        {"attached disk", u"@v\tvendor-id=WD\tproduct-id=Elements", u"@v\t\tWD Elements\tDirect-attached disk"},
+        {"attached disk without vendor", u"@v\tproduct-id=Elements", u"@v\t\tElements\tDirect-attached disk"},
+        {"attached disk without product", u"@v\tvendor-id=WD\tproduct-id=", u""},
         {"a share is no device", u"\\\\server\\share\\x.hdf\tproduct-id=Elements", u""},
-        {"lines, a missing file among them", joined({a_, u"\n", missing_, u"\tdevicename=DH0\n\n", games_}),
-         joined({a_, u"\t\t\thardfile\n", games_, u"\t\tGames\tmounted directory"})},
+        {"lines, a missing file among them", u"@a\n@m\tdevicename=DH0\n\n@g",
+         u"@a\t\t\thardfile\n@g\t\tGames\tmounted directory"},
     };
     for (const auto& row : rows) {
-        EXPECT_EQ(info(u"ignored\tlist", row.lines, kContentInfoRuntime), row.expected) << row.what;
-        EXPECT_EQ(info(u"", row.lines, kContentInfoRuntime | kContentInfoShort), row.expected) << row.what;
+        EXPECT_EQ(info(u"ignored\tlist", row.lines, kContentInfoRuntime), paths(row.expected)) << row.what;
+        EXPECT_EQ(info(u"", row.lines, kContentInfoRuntime | kContentInfoShort), paths(row.expected)) << row.what;
     }
     // Images are read with the geometry their keys give; folders are not read.
     const auto fields = [](const media::HardDiskGeometry& g) {
@@ -156,7 +141,7 @@ TEST_F(ContentInfo, RunningDisks) {
     };
     for (const auto& [keys, expected] : geometries) {
         geometries_asked_.clear();
-        info(u"", joined({a_, keys, u"\n", games_}), kContentInfoRuntime);
+        info(u"", u"@a" + std::u16string(keys) + u"\n@g", kContentInfoRuntime);
         ASSERT_EQ(geometries_asked_.size(), 1u);
         EXPECT_EQ(fields(geometries_asked_.front()), fields(expected));
     }
@@ -166,7 +151,7 @@ TEST_F(ContentInfo, TooltipOfEachDriveType) {
     const struct {
         std::uint8_t type;
         std::uint32_t index;
-        std::u16string path, label, expected;
+        std::u16string_view path, label, expected;
     } rows[] = {
         {0, 0, u"", u"", u"Floppy disk drive DF0:\r\nEmpty"},
         {0, 3, u"C:\\wb.adf", u"WB 3.1", u"Floppy disk drive DF3:\r\n\"Workbench\" (WB 3.1)"},
@@ -178,16 +163,16 @@ TEST_F(ContentInfo, TooltipOfEachDriveType) {
         {2, 0, u"C:\\disc.iso", u"Disc", u"CD drive:\r\n\"CD_DATA\" (Disc)"},
         {3, 0, u"C:\\wb.adf", u"Share", u"Network"},
         {4, 0, u"C:\\wb.adf", u"Disk", u""},
-        {1, 0, joined({u"One\t", a_}), u"", joined({u"Hard disk drive:\r\n\"", a_, u"\" (DH0, hardfile)"})},
-        {1, 0, joined({u"One\t", a_, u"\nTwo\t", b_}), joined({b_, u"\tDH0\tWork\tmy kind"}),
-         joined({u"Hard disk drives:\r\n\"", a_, u"\" (DH0, hardfile)\n\"Work\" (DH0_0, my kind)"})},
+        {1, 0, u"One\t@a", u"", u"Hard disk drive:\r\n\"@a\" (DH0, hardfile)"},
+        {1, 0, u"One\t@a\nTwo\t@b", u"@b\tDH0\tWork\tmy kind",
+         u"Hard disk drives:\r\n\"@a\" (DH0, hardfile)\n\"Work\" (DH0_0, my kind)"},
         {1, 0, u"", u"", u"Hard disk drive:\r\n"},
     };
-    for (const auto& row : rows) EXPECT_EQ(tooltip(row.type, row.index, row.path, row.label), row.expected);
+    for (const auto& row : rows) EXPECT_EQ(tooltip(row.type, row.index, row.path, row.label), paths(row.expected));
     // Summaries too long for the tooltip are left out; "<volume>" (DH0) takes eight characters more.
     for (const std::size_t summary_chars : {kTooltipSummaryChars - 1, kTooltipSummaryChars}) {
         const std::u16string volume(summary_chars - 8, u'v');
-        const std::u16string text = tooltip(1, 0, joined({u"One\t", a_}), joined({a_, u"\t\t", volume, u"\t"}));
+        const std::u16string text = tooltip(1, 0, u"One\t@a", u"@a\t\t" + volume + u"\t");
         EXPECT_EQ(text.size(), summary_chars < kTooltipSummaryChars ? 18 + summary_chars : 18) << summary_chars;
     }
 }
@@ -209,7 +194,7 @@ TEST_F(ContentInfo, HostDrivesAndCdDriveRoots) {
         {u"Z:\\", u""},
     };
     for (const auto& [path, short_form] : rows)
-        EXPECT_EQ(info(joined({u"Drive\t", path}), u"", kContentInfoShort), short_form);
+        EXPECT_EQ(info(u"Drive\t" + std::u16string(path), u"", kContentInfoShort), short_form);
     EXPECT_EQ(info(u"Drive\tE:\\", u"", 0), u"Drive\tHard Disk \"Work\"");
     const std::pair<std::u16string_view, std::u16string_view> cd_rows[] = {
         {u"E:", u"CD drive:\r\n\"Work\" (Game)"},

@@ -66,13 +66,5 @@ TEST(FileAssociations, EveryTypesRecordDescribesItsOwnExtension) {
     for (const std::uint32_t index : {10u, 0xFFFFFFFFu}) EXPECT_FALSE(file_association(index, kModulePath)) << index;
 }
 
-TEST(FileAssociations, TwoRecordsOfOneTypeAreEqualAndSeparate) {
-    const std::optional<FileAssociationTexts> texts = file_association(8, kModulePath);
-    ASSERT_TRUE(texts);
-    const platform::HeapBlock first = pack_file_association(*texts), second = pack_file_association(*texts);
-    ASSERT_TRUE(first && second);
-    EXPECT_NE(first.data(), second.data());
-}
-
 } // namespace
 } // namespace kq::content

@@ -80,13 +80,9 @@ inline FileAssociationView english_view(std::uint32_t index, std::u16string_view
 }
 
 // The view as GoogleTest shows it in a failed comparison.
-inline std::ostream& operator<<(std::ostream& out, const FileAssociationView& view) {
-    out << '"' << printable(view.extension) << "\" type \"" << printable(view.type_name) << "\" description \""
-        << printable(view.extension_description) << "\" long \"" << printable(view.long_description) << "\" pattern \""
-        << printable(view.filter_pattern) << "\" filter \"" << printable(view.filter_name) << "\" icon \""
-        << printable(view.icon_location) << "\" category " << view.category << " flags " << view.flags << " bytes "
-        << view.formula_bytes;
-    return out;
+inline std::ostream& operator<<(std::ostream& out, FileAssociationView view) {
+    for (const std::u16string* text : view.texts()) out << '"' << printable(*text) << "\" ";
+    return out << "category " << view.category << " flags " << view.flags << " bytes " << view.formula_bytes;
 }
 
 } // namespace kq::test
