@@ -15,9 +15,13 @@ class FakeDataAccess {
 public:
     explicit FakeDataAccess(std::u16string_view host);
     bool ready() const { return get_log_ != nullptr && reset_ != nullptr; }
-    // Clears the record; the stand-in's functions then return `status_to_return`.
-    void reset(HResult status_to_return = status::ok) const { reset_(status_to_return); }
+    // Clears the record; the stand-in's functions then return `status_to_return`, each after
+    // waiting `hold_ms`.
+    void reset(HResult status_to_return = status::ok, std::uint32_t hold_ms = 0) const {
+        reset_(status_to_return, hold_ms);
+    }
     const FakeDataAccessLog& log() const { return *get_log_(); }
+    platform::Library::Procedure find(const char* name) const { return library_.find(name); }
 
 private:
     platform::Library library_;
