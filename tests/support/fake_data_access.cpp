@@ -45,25 +45,17 @@ struct HeldCall {
 };
 
 #ifdef _WIN32
-// The calling thread owns the mutex recursively, so only another thread can tell whether it is
-// held.
-DWORD WINAPI probe_mutex(void*) {
-    HANDLE mutex = OpenMutexW(SYNCHRONIZE, FALSE, L"KQlayerDataAccessMx");
-    if (mutex == nullptr) return 0;
-    const DWORD wait = WaitForSingleObject(mutex, 0);
-    if (wait == WAIT_OBJECT_0 || wait == WAIT_ABANDONED) ReleaseMutex(mutex);
-    CloseHandle(mutex);
-    return wait == WAIT_TIMEOUT ? 1 : 0;
-}
-
+// Whether another thread finds the mutex owned: the calling thread owns it recursively.
 [[maybe_unused]] int mutex_owned_elsewhere() {
-    HANDLE thread = CreateThread(nullptr, 0, probe_mutex, nullptr, 0, nullptr);
-    if (thread == nullptr) return -1;
-    WaitForSingleObject(thread, INFINITE);
-    DWORD owned = 0;
-    GetExitCodeThread(thread, &owned);
-    CloseHandle(thread);
-    return static_cast<int>(owned);
+    int owned = -1;
+    std::thread([&] {
+        HANDLE mutex = OpenMutexW(SYNCHRONIZE, FALSE, L"KQlayerDataAccessMx");
+        const DWORD wait = mutex != nullptr ? WaitForSingleObject(mutex, 0) : WAIT_OBJECT_0;
+        if (wait == WAIT_OBJECT_0 || wait == WAIT_ABANDONED) ReleaseMutex(mutex);
+        if (mutex != nullptr) CloseHandle(mutex);
+        owned = wait == WAIT_TIMEOUT ? 1 : 0;
+    }).join();
+    return owned;
 }
 #else
 [[maybe_unused]] int mutex_owned_elsewhere() { return -1; }
