@@ -35,10 +35,7 @@ LRESULT CALLBACK on_cbt(int code, WPARAM wparam, LPARAM lparam) {
 
 } // namespace
 
-MessageBoxCapture::MessageBoxCapture() {
-    t_boxes.clear();
-    t_hook = SetWindowsHookExW(WH_CBT, on_cbt, nullptr, GetCurrentThreadId());
-}
+MessageBoxCapture::MessageBoxCapture() { t_hook = SetWindowsHookExW(WH_CBT, on_cbt, nullptr, GetCurrentThreadId()); }
 
 MessageBoxCapture::~MessageBoxCapture() {
     UnhookWindowsHookEx(t_hook);

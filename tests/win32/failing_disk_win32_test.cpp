@@ -18,6 +18,7 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -38,10 +39,8 @@ std::wstring record_of(const std::wstring& copy) { return copy.substr(0, copy.rf
 
 // The entries of `folder` whose names begin with `prefix`.
 long entries(const fs::path& folder, std::wstring_view prefix = L"") {
-    long count = 0;
-    for (const auto& entry : fs::directory_iterator(folder))
-        count += entry.path().filename().wstring().starts_with(prefix);
-    return count;
+    return std::count_if(fs::directory_iterator(folder), {},
+                         [&](const auto& entry) { return entry.path().filename().wstring().starts_with(prefix); });
 }
 
 // A Windows path as a Unix path, through Wine.
