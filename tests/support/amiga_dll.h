@@ -10,12 +10,21 @@
 
 namespace kq::test {
 
-std::wstring folder_of_this_program();
+inline std::wstring folder_of_this_program() {
+    wchar_t path[MAX_PATH];
+    const std::wstring full(path, GetModuleFileNameW(nullptr, path, MAX_PATH));
+    return full.substr(0, full.rfind(L'\\'));
+}
 
 class AmigaDllTest : public testing::Test {
 protected:
-    void SetUp() override;
-    void TearDown() override;
+    void SetUp() override {
+        module_ = LoadLibraryW((folder_of_this_program() + L"\\amiga.dll").c_str());
+        ASSERT_NE(module_, nullptr) << "error " << GetLastError();
+    }
+    void TearDown() override {
+        if (module_ != nullptr) FreeLibrary(module_);
+    }
 
     template <class Function>
     Function* resolve(const char* name) const {

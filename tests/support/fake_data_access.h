@@ -19,12 +19,12 @@ struct FakeDataAccessLog {
     // Whether another thread found "KQlayerDataAccessMx" owned during the call:
     // 1 owned, 0 free, -1 not observable (the native build has no machine-wide mutex).
     int mutex_owned_during_call;
+    // The most calls that were inside the library at one time.
+    int most_calls_at_once;
 };
 
 // Exported by the stand-in under these names.
 using FakeDataAccessGetLogFn = const FakeDataAccessLog* (*)();
-using FakeDataAccessResetFn = void (*)(std::int32_t status_to_return);
-// From now on each call of the library waits `hold_ms` and then appends a line
-// "<process id> <entered> <left>" (QueryPerformanceCounter ticks) to the file at `path`
-// (Windows build only; an empty path stops it).
-using FakeDataAccessTraceFn = void (*)(const char16_t* path, std::uint32_t hold_ms);
+// Clears the record; from then on the functions return `status_to_return`, each after waiting
+// `hold_ms`.
+using FakeDataAccessResetFn = void (*)(std::int32_t status_to_return, std::uint32_t hold_ms);

@@ -11,7 +11,6 @@ namespace kq::test {
 namespace {
 
 thread_local HHOOK t_hook = nullptr;
-thread_local bool t_capturing = false;
 thread_local std::vector<CapturedMessageBox> t_boxes;
 
 std::u16string window_text(HWND window) {
@@ -21,7 +20,7 @@ std::u16string window_text(HWND window) {
 }
 
 LRESULT CALLBACK on_cbt(int code, WPARAM wparam, LPARAM lparam) {
-    if (code == HCBT_ACTIVATE && t_capturing) {
+    if (code == HCBT_ACTIVATE) {
         HWND window = reinterpret_cast<HWND>(wparam);
         wchar_t class_name[16] = {};
         GetClassNameW(window, class_name, 16);
@@ -36,16 +35,11 @@ LRESULT CALLBACK on_cbt(int code, WPARAM wparam, LPARAM lparam) {
 
 } // namespace
 
-MessageBoxCapture::MessageBoxCapture() {
-    t_capturing = true;
-    t_boxes.clear();
-    t_hook = SetWindowsHookExW(WH_CBT, on_cbt, nullptr, GetCurrentThreadId());
-}
+MessageBoxCapture::MessageBoxCapture() { t_hook = SetWindowsHookExW(WH_CBT, on_cbt, nullptr, GetCurrentThreadId()); }
 
 MessageBoxCapture::~MessageBoxCapture() {
     UnhookWindowsHookEx(t_hook);
     t_hook = nullptr;
-    t_capturing = false;
     t_boxes.clear();
 }
 
