@@ -66,8 +66,8 @@ TEST_F(Options, EveryOptionWithNothingStoredAndNoDevices) {
                              rows[index].labels));
         EXPECT_EQ(view.values, Texts(view.labels.size(), view.default_value));
         EXPECT_FALSE(view.description.empty() || view.label.empty());
-        EXPECT_EQ(view.group_label.has_value(), index < 2);
-        EXPECT_EQ(view.group_description.has_value(), index < 2);
+        EXPECT_EQ(std::pair(view.group_label.has_value(), view.group_description.has_value()),
+                  std::pair(index < 2, index < 2));
         EXPECT_EQ(view.descriptions, Texts(view.values.size(), view.description));
     }
     EXPECT_EQ(option(0).label, u"Synchronize to host mouse");
