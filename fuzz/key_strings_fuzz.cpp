@@ -26,7 +26,8 @@ bool releases_every_key(const KeyboardInputData& record, std::u16string_view tex
         const platform::HeapBlock block = raw_key_string_block(platform::Heap::local, record, text, mode);
         const std::u16string script(block ? reinterpret_cast<const char16_t*>(block.data()) : u"no block");
         require(script.size() == raw_key_string_length(record, text, mode));
-        for (const std::uint32_t event : test::script_events(script).value()) {
+        const auto events = test::script_events(script);
+        for (const std::uint32_t event : events.value()) {
             int& count = down[event & 0x7F];
             count = (event & event::press_bit) ? count + 1 : std::max(count - 1, 0);
         }
