@@ -80,6 +80,7 @@ TEST(KeyTranslation, KeystrokeScenarios) {
         {"both Control keys and both Alt keys",
          {{0xA2, 0, 1, 0, {P(0x63)}},
           {0xA3, 1, 1, 0, {P(0x63)}},
+          {0xA3, 1, 0, 0, {R(0x63)}},
           {0xA4, 0, 1, 0, {P(0x64)}},
           {0xA5, 1, 1, 0, {P(0x64)}},
           {0xA5, 1, 0, 0, {R(0x64)}}}},
@@ -185,6 +186,7 @@ TEST(RawKeyStrings, TextsAndCombinations) {
         {u"CONTROL+LEFT AMIGA+RIGHT AMIGA", 3, {P(0x63), P(0x66), P(0x67)}},
         {u"A+PLUS", 1, {P(0x20), P(0x60), P(0xC)}},
         {u"+", 1, {P(0x60), P(0xC)}},
+        {u"plus", 2, {R(0x60), R(0xC)}},
         {u" control + f10 ", 1, {P(0x63), P(0x59)}},
         {u"CONTROL+NO SUCH KEY+A", 1, {P(0x63)}}, // an unknown token ends the list
         {u"NUMPAD (", 1, {P(0x5A)}},
