@@ -14,9 +14,8 @@ using namespace kq::content;
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size == 0 || size > 16 * 1024) return 0;
     const std::u16string text = fuzz::text_after_first(data, size);
-    const std::u16string first = text.substr(0, text.find(u'\0'));
-    std::u16string second = first.size() < text.size() ? text.substr(first.size() + 1) : u"";
-    second.resize(second.find(u'\0') == std::u16string::npos ? second.size() : second.find(u'\0'));
+    const std::u16string first(text.c_str());
+    const std::u16string second(text.c_str() + std::min(first.size() + 1, text.size()));
     const MediumNameReaders readers{
         .volume_name = [](std::u16string_view path) -> std::optional<std::u16string> {
             if (path.empty()) return std::nullopt;

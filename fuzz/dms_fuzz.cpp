@@ -15,8 +15,7 @@ using kq::fuzz::require;
 
 constexpr std::size_t kCylinderBytes = 11264;
 
-class CheckingSink final : public ByteSink {
-public:
+struct CheckingSink final : ByteSink {
     std::optional<std::size_t> write(std::span<const std::byte> bytes) override {
         total += bytes.size();
         require(!bytes.empty() && bytes.size() % kCylinderBytes == 0 && total <= 160 * kCylinderBytes);

@@ -13,7 +13,6 @@
 
 using namespace kq;
 using namespace kq::manifest;
-
 using kq::fuzz::require;
 
 bool has_prefixed_element_with_content(const xmlNode* node) {
@@ -30,7 +29,6 @@ void read_everything(Element parent) {
         Text text;
         get_element_text(child, text);
         require(!text || !text->empty());
-        get_attribute_text(child, "type", text);
         get_priority(child);
         read_everything(child);
     }
@@ -50,21 +48,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         require(document.is_empty());
         return 0;
     }
-    Text kind;
     document.find_peripheral(u"cpu");
-    document.find_input_port(0, false, &kind);
+    document.find_input_port(0, false);
     document.find_medium(u"disk.adf", std::nullopt);
     read_everything(document.find_element_by_path(document.application_path()));
 
     saved(document, Encoding::ascii);
-    const std::string first = saved(document, Encoding::utf8);
-    ManifestDocument second;
-    if (second.load(first.c_str()) != status::ok) {
+    ManifestDocument second, third;
+    if (second.load(saved(document, Encoding::utf8).c_str()) != status::ok) {
         require(has_prefixed_element_with_content(document.root_element()));
         return 0;
     }
     const std::string second_text = saved(second, Encoding::utf8);
-    ManifestDocument third;
     require(third.load(second_text.c_str()) == status::ok && saved(third, Encoding::utf8) == second_text);
     return 0;
 }

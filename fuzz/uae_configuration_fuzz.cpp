@@ -13,7 +13,6 @@
 
 using namespace kq;
 using namespace kq::content;
-
 using kq::fuzz::require;
 
 bool has_line_end(std::u16string_view text) { return text.find_first_of(u"\r\n") != std::u16string_view::npos; }
@@ -24,6 +23,14 @@ void check_drive_lines(std::u16string_view value) {
     if (const auto line = read_folder_line(value))
         require(!line->path.empty() && line->device_name.find(u':') == std::u16string::npos &&
                 line->volume_name.find(u':') == std::u16string::npos);
+}
+
+std::optional<std::uint32_t> attributes(std::u16string_view path) {
+    return path.find(u'.') == std::u16string_view::npos ? 0x10 : 0x21;
+}
+
+std::optional<std::u16string> system_rom(std::u16string_view path, std::u16string_view) {
+    return path.ends_with(u".rom") ? std::optional<std::u16string>(u"310-a1200") : std::nullopt;
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -38,16 +45,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         check_drive_lines(entry.value);
     }
 
-    const ImportFileSystem files{.attributes = [](std::u16string_view path) -> std::optional<std::uint32_t> {
-                                     return path.find(u'.') == std::u16string_view::npos ? 0x10 : 0x21;
-                                 },
-                                 .system_rom =
-                                     [](std::u16string_view path, std::u16string_view) {
-                                         return path.ends_with(u".rom") ? std::optional<std::u16string>(u"310-a1200")
-                                                                        : std::nullopt;
-                                     }};
     std::string xml;
-    require(build_catalog(configuration, u"C:\\Amiga", files, xml) == status::ok);
+    require(build_catalog(configuration, u"C:\\Amiga", {attributes, system_rom}, xml) == status::ok);
     require(manifest::ManifestDocument().load(xml.c_str()) == status::ok);
     return 0;
 }

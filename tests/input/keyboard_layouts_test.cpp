@@ -90,15 +90,11 @@ TEST(KeyNames, FixedNamesCharactersAndDeadKeys) {
         char16_t suffix;
         Name name;
     } rows[] = {
-        {u"en-us", 0x5A, 0, u"Numeric Keypad ("},
-        {u"de-de", 0x5A, 0, u"Numeric Keypad ["},
         {u"fr-ca", 0x5A, 0, u"Numeric Keypad @"},
         {u"fr-ca", 0x5B, 0, u"Numeric Keypad \u00b0"},
         {u"en-us", 0x60, 0, u"Left Shift"},
         {u"en-us", 0x60, u'+', u"Shift+"},
-        {u"en-us", 0x20, 0, u"A"},
         {u"de-de", 0x15, 0, u"Z"},
-        {u"fr-fr", 0x1A, 0, u"^"},
         {u"de-de", 0x0C, 0, u"\u00b4"}, // dead keys: by their accent
         {u"en-us", 0x63, u'+', u"Control+"},
         {u"en-us", 0x65, 0, std::nullopt}, // Right Alt: no name
@@ -158,7 +154,6 @@ TEST(DeviceCommands, TablesAndTheRecord) {
         std::u16string_view model;
         Name name, command;
     } rows[] = {
-        {0, 2, u"a-cdtv", u"Play/Pause", u"KEY_RAW_DOWN 0x73 KEY_RAW_UP 0x73"},
         {1, 2, u"A-CDTV", u"Previous", u"KEY_RAW_DOWN 0x74 KEY_RAW_UP 0x74"},
         {5, 2, u"a-cdtv", u"Rewind", u"KEY_RAW_DOWN 0x76 KEY_RAW_UP 0x76"},
         {6, 2, u"a-cdtv", {}, {}},
@@ -252,18 +247,17 @@ TEST(Buttons, MappingsReadFromAPortsButtonSetInBothDirections) {
     const manifest::Element pad = document.find_input_port(1, false);
     const ButtonMapping from_guest = read_button_mapping(document, pad, ButtonDirection::from_guest);
     EXPECT_EQ(from_guest.device_type, 4u);
-    EXPECT_EQ(from_guest.slots[4].kind, ButtonSlot::button) << "button-1 is assigned button-2";
-    EXPECT_EQ(from_guest.slots[4].mask, 32u);
-    EXPECT_EQ(from_guest.slots[4].autorepeat, 1u);
+    EXPECT_EQ(std::tie(from_guest.slots[4].kind, from_guest.slots[4].mask, from_guest.slots[4].autorepeat),
+              std::tuple(ButtonSlot::button, 32u, 1u))
+        << "button-1 is assigned button-2";
     EXPECT_EQ(from_guest.slots[0].kind, ButtonSlot::unused);
     EXPECT_EQ(from_guest.slots[6].kind, ButtonSlot::nothing) << "an unknown name is ignored";
     const ButtonMapping from_source = read_button_mapping(document, pad, ButtonDirection::from_source);
-    EXPECT_EQ(from_source.slots[5].kind, ButtonSlot::button) << "button-2 is the source of button-1";
-    EXPECT_EQ(from_source.slots[5].mask, 16u);
+    EXPECT_EQ(std::tie(from_source.slots[5].kind, from_source.slots[5].mask), std::tuple(ButtonSlot::button, 16u))
+        << "button-2 is the source of button-1";
     EXPECT_EQ(from_source.slots[6].kind, ButtonSlot::nothing) << "button-3 names no known button";
     const ButtonMapping keys =
         read_button_mapping(document, document.find_peripheral(u"input-virtualbuttons"), ButtonDirection::from_guest);
     EXPECT_EQ(keys.device_type, kKeyAssignedDevice);
-    EXPECT_EQ(keys.slots[4].kind, ButtonSlot::key);
-    EXPECT_EQ(keys.slots[4].key_name, u"SPACE");
+    EXPECT_EQ(std::tie(keys.slots[4].kind, keys.slots[4].key_name), std::tuple(ButtonSlot::key, u"SPACE"));
 }

@@ -6,9 +6,11 @@
 #include "platform/native/native_controls.h"
 #include "platform/settings_store.h"
 #include "tests/support/option_record.h"
+#include "tests/support/printable.h"
 
 #include <gtest/gtest.h>
 
+#include <variant>
 #include <vector>
 
 namespace kq {
@@ -66,8 +68,8 @@ TEST_F(Options, EveryOptionWithNothingStoredAndNoDevices) {
                              rows[index].labels));
         EXPECT_EQ(view.values, Texts(view.labels.size(), view.default_value));
         EXPECT_FALSE(view.description.empty() || view.label.empty());
-        EXPECT_EQ(view.group_label.has_value(), index < 2);
-        EXPECT_EQ(view.group_description.has_value(), index < 2);
+        EXPECT_EQ(std::pair(view.group_label.has_value(), view.group_description.has_value()),
+                  std::pair(index < 2, index < 2));
         EXPECT_EQ(view.descriptions, Texts(view.values.size(), view.description));
     }
     EXPECT_EQ(option(0).label, u"Synchronize to host mouse");
@@ -85,32 +87,27 @@ TEST_F(Options, EveryOptionWithNothingStoredAndNoDevices) {
 TEST_F(Options, StoredValuesBecomeCurrent) {
     const struct {
         const char* name;
-        void (*stored)();
+        std::vector<std::pair<std::u16string_view, std::variant<std::uint32_t, std::u16string_view>>> stored;
         std::uint32_t index;
         std::u16string_view current;
     } rows[] = {
-        {"boolean set", [] { store(u"MouseHack", 1u); }, 0, u"1"},
-        {"formatted as a signed number", [] { store(u"MouseHack", 0xFFFFFFFFu); }, 0, u"-1"},
-        {"value names ignore case", [] { store(u"MOUSEHACK", 1u); }, 0, u"1"},
-        {"unreadable type is absent", [] { store(u"MouseHack", u"1"); }, 0, u"0"},
-        {"untrap stored", [] { store(u"AutoMouseUntrap", 0u); }, 1, u"0"},
-        {"older setting of opposite sense, off", [] { store(u"DisableMagicMouse", 0u); }, 1, u"1"},
-        {"older setting of opposite sense, on", [] { store(u"DisableMagicMouse", 5u); }, 1, u"0"},
-        {"newer setting wins",
-         [] {
-             store(u"DisableMagicMouse", 0u);
-             store(u"AutoMouseUntrap", 0u);
-         },
-         1, u"0"},
-        {"a printer that has gone away", [] { store(u"WindowsPrinter", u"Old Laser"); }, 2, u"Old Laser"},
-        {"serial port", [] { store(u"WindowsSerial", u"COM2"); }, 3, u"COM2"},
-        {"empty MIDI value", [] { store(u"WindowsMIDIIn", u""); }, 4, u"none"},
-        {"MIDI default", [] { store(u"WindowsMIDIOut", u"default"); }, 5, u"default"},
+        {"boolean set", {{u"MouseHack", 1u}}, 0, u"1"},
+        {"formatted as a signed number", {{u"MouseHack", 0xFFFFFFFFu}}, 0, u"-1"},
+        {"value names ignore case", {{u"MOUSEHACK", 1u}}, 0, u"1"},
+        {"unreadable type is absent", {{u"MouseHack", u"1"}}, 0, u"0"},
+        {"untrap stored", {{u"AutoMouseUntrap", 0u}}, 1, u"0"},
+        {"older setting of opposite sense, off", {{u"DisableMagicMouse", 0u}}, 1, u"1"},
+        {"older setting of opposite sense, on", {{u"DisableMagicMouse", 5u}}, 1, u"0"},
+        {"newer setting wins", {{u"DisableMagicMouse", 0u}, {u"AutoMouseUntrap", 0u}}, 1, u"0"},
+        {"a printer that has gone away", {{u"WindowsPrinter", u"Old Laser"}}, 2, u"Old Laser"},
+        {"serial port", {{u"WindowsSerial", u"COM2"}}, 3, u"COM2"},
+        {"empty MIDI value", {{u"WindowsMIDIIn", u""}}, 4, u"none"},
+        {"MIDI default", {{u"WindowsMIDIOut", u"default"}}, 5, u"default"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         platform::native::clear_settings();
-        row.stored();
+        for (const auto& [name, value] : row.stored) std::visit([&](auto v) { store(name, v); }, value);
         EXPECT_EQ(option(row.index).current_value, row.current);
     }
 }
@@ -168,8 +165,7 @@ TEST_F(Options, SettingStoresDeletesOrRefuses) {
         {nullptr, u"1", KQ_E_INVALIDARG, std::nullopt, std::nullopt},
     };
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.name ? std::string(row.name, row.name + std::char_traits<char16_t>::length(row.name))
-                              : "null");
+        SCOPED_TRACE(row.name ? test::printable(row.name) : "null");
         platform::native::clear_settings();
         store(u"WindowsPrinter", u"Laser"); // deleted by an empty value
         store(u"WindowsSerial", u"COM1");
