@@ -226,3 +226,26 @@ TEST(RawKeyStrings, CharactersOutsideTheTableFallBack) {
     for (const auto& row : rows)
         EXPECT_EQ(played_back(u"en-us", written(driver.record(), row.text)), row.typed) << printable(row.text);
 }
+
+// A host's observer rides along when the record is rebuilt, and is told of the new record.
+TEST(KeyboardInputData, ARebuiltRecordKeepsItsObserverAndTellsIt) {
+    struct Recording : KeyboardObserver {
+        KeyboardInputData* told = nullptr;
+        int calls = 0;
+    } observer;
+    observer.record_replaced = [](KeyboardObserver* self, KeyboardInputData* record) {
+        auto* recording = static_cast<Recording*>(self);
+        recording->told = record;
+        ++recording->calls;
+    };
+    KeyboardInputData* record = nullptr;
+    ASSERT_EQ(make_keyboard_input_data(&record, u"system", u"de-de", nullptr, 0, 0, 0, 0), status::ok);
+    record->observer = &observer;
+    KeyboardInputData* const old = record;
+    ASSERT_EQ(make_keyboard_input_data(&record, u"system", u"fr-ca", nullptr, 0, 0, 0, 0), status::ok);
+    EXPECT_NE(record, old);
+    EXPECT_EQ(record->observer, &observer);
+    EXPECT_EQ(observer.calls, 1);
+    EXPECT_EQ(observer.told, record);
+    free_keyboard_input_data(record);
+}
