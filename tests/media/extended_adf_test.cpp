@@ -29,15 +29,11 @@ Bytes random_bytes(std::size_t size, unsigned seed) {
 TEST(MfmTrack, FindsEverySectorAtAnyBitOffset) {
     const Bytes data = random_bytes(22 * kSectorBytes, 1);
     Bytes sectors(22 * kSectorBytes);
-    // The first sector, the rotation: a sector can run past the end, and start at any bit.
-    for (const auto& [first, rotation] :
-         {std::pair{0u, 0u}, {0, 1}, {0, 7}, {5, 13}, {10, 4000}, {3, 95000}, {0, 97000}}) {
-        const test::RawTrack track = test::encode_track(40, std::span(data).first(11 * kSectorBytes), first, rotation);
-        const MfmTrackSectors found = decode_mfm_track(track.bytes, track.bit_length, kDoubleDensitySectors, sectors);
-        EXPECT_EQ(found.found.count(), 11u) << first << "/" << rotation;
-        EXPECT_EQ(found.last_track_number, 40u);
-        EXPECT_TRUE(std::equal(sectors.begin(), sectors.begin() + 11 * kSectorBytes, data.begin())) << rotation;
-    }
+    // From sector 5, rotated by 13 cells; sectors at other offsets are found in whole disks below.
+    const test::RawTrack track = test::encode_track(40, std::span(data).first(11 * kSectorBytes), 5, 13);
+    const MfmTrackSectors rotated = decode_mfm_track(track.bytes, track.bit_length, kDoubleDensitySectors, sectors);
+    EXPECT_EQ(std::pair(rotated.found.count(), rotated.last_track_number), std::pair(std::size_t{11}, 40u));
+    EXPECT_TRUE(std::equal(sectors.begin(), sectors.begin() + 11 * kSectorBytes, data.begin()));
     const test::RawTrack hd = test::encode_track(3, data, 0, 11);
     EXPECT_EQ(decode_mfm_track(hd.bytes, hd.bit_length, kHighDensitySectors, sectors).found.count(), 22u);
     EXPECT_TRUE(sectors == data);

@@ -17,6 +17,10 @@ void put32(Bytes& out, std::uint32_t value) {
 }
 void append(Bytes& out, const Bytes& bytes) { out.insert(out.end(), bytes.begin(), bytes.end()); }
 void append(Bytes& out, std::string_view text) { append(out, bytes_of(text)); }
+std::uint32_t crc32_of(const Bytes& data) {
+    return static_cast<std::uint32_t>(
+        crc32(0, reinterpret_cast<const Bytef*>(data.data()), static_cast<uInt>(data.size())));
+}
 
 } // namespace
 
@@ -40,11 +44,6 @@ Bytes raw_deflate(const Bytes& data, int strategy) {
     deflateEnd(&stream);
     if (result != Z_STREAM_END) throw std::runtime_error("deflate");
     return out;
-}
-
-std::uint32_t crc32_of(const Bytes& data) {
-    return static_cast<std::uint32_t>(
-        crc32(0, reinterpret_cast<const Bytef*>(data.data()), static_cast<uInt>(data.size())));
 }
 
 Bytes sample_image(std::size_t size, unsigned seed) {
@@ -119,37 +118,6 @@ Bytes zip_archive(const Bytes& data, const ZipParts& parts) {
             append(out, Bytes(static_cast<std::size_t>(rest)));
         }
     return out;
-}
-
-void DeflateBitWriter::bits(std::uint32_t value, int count) {
-    for (int i = 0; i < count; ++i) {
-        pending_ |= (value >> i & 1) << held_;
-        if (++held_ == 8) {
-            out_.push_back(std::byte(pending_));
-            pending_ = 0;
-            held_ = 0;
-        }
-    }
-}
-
-void DeflateBitWriter::code(std::uint32_t code, int length) {
-    for (int i = length - 1; i >= 0; --i) bits(code >> i & 1, 1);
-}
-
-void DeflateBitWriter::fixed_literal(unsigned symbol) {
-    if (symbol < 144)
-        code(0x30 + symbol, 8);
-    else if (symbol < 256)
-        code(0x190 + symbol - 144, 9);
-    else if (symbol < 280)
-        code(symbol - 256, 7);
-    else
-        code(0xC0 + symbol - 280, 8);
-}
-
-Bytes DeflateBitWriter::finish() {
-    if (held_ > 0) bits(0, 8 - held_);
-    return std::move(out_);
 }
 
 } // namespace kq::test

@@ -15,7 +15,6 @@ using Bytes = std::vector<std::byte>;
 Bytes bytes_of(std::string_view text);
 // Raw deflate data (no zlib header) of `data` at zlib's default level and `strategy`.
 Bytes raw_deflate(const Bytes& data, int strategy = 0);
-std::uint32_t crc32_of(const Bytes& data);
 // A test image: `size` bytes of text-like, compressible content that varies with `seed`. Its
 // repeats are short, so its deflate data decodes the same as Deflate64.
 Bytes sample_image(std::size_t size, unsigned seed = 1);
@@ -48,22 +47,5 @@ struct ZipParts {
 // A ZIP archive whose first entry, "disk.adf", holds `data` (stored for method 0, deflated
 // otherwise), then a second entry and the central directory, which the reader must ignore.
 Bytes zip_archive(const Bytes& data, const ZipParts& parts = {});
-
-// Writes a raw deflate or Deflate64 stream bit by bit, for streams that no encoder at hand makes.
-class DeflateBitWriter {
-public:
-    // `count` bits of `value`, least significant first (headers and extra bits).
-    void bits(std::uint32_t value, int count);
-    // Fixed-Huffman symbols: a literal or length symbol (0-287), a distance symbol (0-31).
-    void fixed_literal(unsigned symbol);
-    void fixed_distance(unsigned symbol) { code(symbol, 5); }
-    Bytes finish();
-
-private:
-    void code(std::uint32_t code, int length); // most significant bit first
-    Bytes out_;
-    std::uint32_t pending_ = 0;
-    int held_ = 0;
-};
 
 } // namespace kq::test
