@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 namespace kq::test {
 namespace {
@@ -10,7 +11,7 @@ namespace {
 constexpr std::byte kGuard{0xFD};
 constexpr std::size_t kGuardBytes = 64;
 
-// The label of the newest call, kept outside the heap for the crash note.
+// The label of the running call, kept outside the heap for the crash note.
 char g_current_call[256];
 
 void note_call(const std::string& label) {
@@ -19,43 +20,26 @@ void note_call(const std::string& label) {
     g_current_call[length] = 0;
 }
 
-std::size_t page_bytes() {
-    SYSTEM_INFO info;
-    GetSystemInfo(&info);
-    return info.dwPageSize;
-}
-
 } // namespace
 
 CallArguments::CallArguments(std::string label) : label_(std::move(label)) { note_call(label_); }
 
 CallArguments::~CallArguments() {
     for (const Guarded& item : guarded_) {
-        const std::byte* begin = item.storage.data();
-        const std::byte* payload = begin + item.offset;
-        const std::byte* after = payload + item.payload_bytes;
-        const std::byte* end = begin + item.storage.size();
-        for (const std::byte* at = begin; at < payload; ++at) {
-            if (*at != kGuard) {
-                ADD_FAILURE() << label_ << ": written " << (payload - at) << " bytes before an argument";
-                break;
-            }
-        }
-        for (const std::byte* at = after; at < end; ++at) {
-            if (*at != kGuard) {
-                ADD_FAILURE() << label_ << ": written " << (at - after) << " bytes past an argument of "
-                              << item.payload_bytes << " bytes";
-                break;
-            }
-        }
+        const std::byte* payload = item.storage.data() + item.offset;
+        const auto written = [](std::byte value) { return value != kGuard; };
+        if (std::any_of(item.storage.data(), payload, written))
+            ADD_FAILURE() << label_ << ": written before an argument of " << item.bytes << " bytes";
+        if (std::any_of(payload + item.bytes, item.storage.data() + item.storage.size(), written))
+            ADD_FAILURE() << label_ << ": written past an argument of " << item.bytes << " bytes";
     }
     for (void* pages : pages_) VirtualFree(pages, 0, MEM_RELEASE);
     note_call("(between calls)");
 }
 
-std::byte* CallArguments::guarded(std::size_t payload_bytes) {
+std::byte* CallArguments::guarded(std::size_t bytes) {
     // The payload starts 16-aligned, at least kGuardBytes in; everything around it is guard.
-    Guarded item{std::vector<std::byte>(kGuardBytes + 16 + payload_bytes + kGuardBytes, kGuard), 0, payload_bytes};
+    Guarded item{std::vector<std::byte>(kGuardBytes + 16 + bytes + kGuardBytes, kGuard), 0, bytes};
     const auto misalignment = reinterpret_cast<std::uintptr_t>(item.storage.data() + kGuardBytes) % 16;
     item.offset = kGuardBytes + (16 - misalignment) % 16;
     guarded_.push_back(std::move(item)); // the storage keeps its address when moved
@@ -68,47 +52,23 @@ wchar_t* CallArguments::out_text(std::uint32_t chars) {
     return text;
 }
 
-void* CallArguments::at_page_end(std::size_t bytes) {
-    const std::size_t page = page_bytes();
-    const std::size_t data_pages = (bytes + page - 1) / page;
-    const std::size_t total = (data_pages + 1) * page;
-    auto* base = static_cast<std::byte*>(VirtualAlloc(nullptr, total, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE));
-    if (base == nullptr) {
-        ADD_FAILURE() << label_ << ": no pages for an argument";
-        std::abort();
-    }
+void* CallArguments::out_slot(std::uint64_t initial, std::size_t bytes) {
+    std::byte* slot = guarded(bytes);
+    std::memcpy(slot, &initial, bytes);
+    return slot;
+}
+
+const void* CallArguments::in_bytes(std::string_view bytes) {
+    SYSTEM_INFO info;
+    GetSystemInfo(&info);
+    const std::size_t page = info.dwPageSize, data_pages = (bytes.size() + page - 1) / page;
+    auto* base = static_cast<std::byte*>(
+        VirtualAlloc(nullptr, (data_pages + 1) * page, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE));
+    if (base == nullptr) std::abort();
     DWORD old = 0;
     VirtualProtect(base + data_pages * page, page, PAGE_NOACCESS, &old);
     pages_.push_back(base);
-    return base + data_pages * page - bytes;
-}
-
-const wchar_t* CallArguments::in_text(std::wstring_view text) {
-    auto* copy = static_cast<wchar_t*>(at_page_end((text.size() + 1) * sizeof(wchar_t)));
-    std::copy(text.begin(), text.end(), copy);
-    copy[text.size()] = 0;
-    return copy;
-}
-
-const char* CallArguments::in_text(std::string_view text) {
-    auto* copy = static_cast<char*>(at_page_end(text.size() + 1));
-    std::copy(text.begin(), text.end(), copy);
-    copy[text.size()] = 0;
-    return copy;
-}
-
-const std::uint8_t* CallArguments::in_bytes(std::span<const std::uint8_t> bytes) {
-    auto* copy = static_cast<std::uint8_t*>(at_page_end(bytes.size()));
-    std::copy(bytes.begin(), bytes.end(), copy);
-    return copy;
-}
-
-bool is_terminated_within(const wchar_t* text, std::uint32_t chars) {
-    return std::find(text, text + chars, L'\0') != text + chars;
-}
-
-bool is_unwritten(const wchar_t* text, std::uint32_t chars) {
-    return std::all_of(text, text + chars, [](wchar_t c) { return c == kUnwritten; });
+    return std::memcpy(base + data_pages * page - bytes.size(), bytes.data(), bytes.size());
 }
 
 std::ostream& operator<<(std::ostream& out, const HeapCount& count) {
@@ -117,9 +77,9 @@ std::ostream& operator<<(std::ostream& out, const HeapCount& count) {
 
 HeapCount count_heap_blocks() {
     HANDLE heaps[256];
-    const DWORD count = GetProcessHeaps(static_cast<DWORD>(std::size(heaps)), heaps);
+    const DWORD count = std::min<DWORD>(GetProcessHeaps(256, heaps), 256);
     HeapCount total;
-    for (DWORD i = 0; i < count && i < std::size(heaps); ++i) {
+    for (DWORD i = 0; i < count; ++i) {
         if (!HeapLock(heaps[i])) continue;
         PROCESS_HEAP_ENTRY entry{};
         while (HeapWalk(heaps[i], &entry)) {
@@ -132,19 +92,21 @@ HeapCount count_heap_blocks() {
     return total;
 }
 
-// The blocks taken through the hooks: a linear-probing table of addresses and sizes in pages of
-// its own, so that following an allocation never allocates.
+// The blocks taken through the hooks: chains of nodes from a pool in pages of its own, so that
+// following an allocation never allocates.
 namespace {
 
-struct Entry {
+struct Node {
     void* address;
     std::size_t bytes;
+    Node* next;
 };
-constexpr std::size_t kTableEntries = std::size_t{1} << 18;
+constexpr std::size_t kBuckets = std::size_t{1} << 16, kNodes = std::size_t{1} << 18;
 
 struct Table {
     SRWLOCK lock = SRWLOCK_INIT;
-    Entry* entries = nullptr;
+    Node** buckets = nullptr;
+    Node* spare = nullptr; // the pool's unused nodes
     std::size_t blocks = 0, bytes = 0, taken = 0;
     bool overflowed = false;
     void* (*malloc)(std::size_t) = nullptr;
@@ -155,24 +117,27 @@ struct Table {
 };
 Table g_table;
 
-std::size_t home_of(const void* address) {
-    auto key = reinterpret_cast<std::uintptr_t>(address) >> 4;
-    key *= 0x9E3779B97F4A7C15ull;
-    return static_cast<std::size_t>(key >> 46) & (kTableEntries - 1);
+Node** bucket_of(const void* address) {
+    return &g_table.buckets[(reinterpret_cast<std::uintptr_t>(address) >> 4) % kBuckets];
+}
+
+// The link that points at the node of `address`, or at the null that ends its chain.
+Node** link_of(const void* address) {
+    Node** at = bucket_of(address);
+    while (*at != nullptr && (*at)->address != address) at = &(*at)->next;
+    return at;
 }
 
 void add_block(void* address, std::size_t bytes) {
     if (address == nullptr) return;
     AcquireSRWLockExclusive(&g_table.lock);
-    if (g_table.blocks + 1 >= kTableEntries / 2) {
+    if (Node* node = g_table.spare; node == nullptr) {
         g_table.overflowed = true;
     } else {
-        std::size_t at = home_of(address);
-        while (g_table.entries[at].address != nullptr) at = (at + 1) & (kTableEntries - 1);
-        g_table.entries[at] = {address, bytes};
-        ++g_table.taken;
-        ++g_table.blocks;
-        g_table.bytes += bytes;
+        g_table.spare = node->next;
+        *node = {address, bytes, *bucket_of(address)};
+        *bucket_of(address) = node;
+        ++g_table.taken, ++g_table.blocks, g_table.bytes += bytes;
     }
     ReleaseSRWLockExclusive(&g_table.lock);
 }
@@ -181,28 +146,16 @@ void add_block(void* address, std::size_t bytes) {
 bool remove_block(void* address) {
     if (address == nullptr) return false;
     AcquireSRWLockExclusive(&g_table.lock);
-    std::size_t at = home_of(address);
-    while (g_table.entries[at].address != nullptr && g_table.entries[at].address != address)
-        at = (at + 1) & (kTableEntries - 1);
-    const bool found = g_table.entries[at].address != nullptr;
-    if (found) {
-        --g_table.blocks;
-        g_table.bytes -= g_table.entries[at].bytes;
-        g_table.entries[at] = {};
-        // Move later entries of the run back into the hole, so that every lookup still finds them.
-        std::size_t hole = at;
-        for (std::size_t next = (at + 1) & (kTableEntries - 1); g_table.entries[next].address != nullptr;
-             next = (next + 1) & (kTableEntries - 1)) {
-            const std::size_t home = home_of(g_table.entries[next].address);
-            const bool stays = hole <= next ? (hole < home && home <= next) : (hole < home || home <= next);
-            if (stays) continue;
-            g_table.entries[hole] = g_table.entries[next];
-            g_table.entries[next] = {};
-            hole = next;
-        }
+    Node** at = link_of(address);
+    Node* node = *at;
+    if (node != nullptr) {
+        *at = node->next;
+        --g_table.blocks, g_table.bytes -= node->bytes;
+        node->next = g_table.spare;
+        g_table.spare = node;
     }
     ReleaseSRWLockExclusive(&g_table.lock);
-    return found;
+    return node != nullptr;
 }
 
 void* counted_malloc(std::size_t bytes) {
@@ -217,22 +170,14 @@ void* counted_calloc(std::size_t count, std::size_t size) {
     return block;
 }
 
-bool is_counted(void* address) {
-    AcquireSRWLockShared(&g_table.lock);
-    std::size_t at = home_of(address);
-    while (g_table.entries[at].address != nullptr && g_table.entries[at].address != address)
-        at = (at + 1) & (kTableEntries - 1);
-    const bool found = g_table.entries[at].address != nullptr;
-    ReleaseSRWLockShared(&g_table.lock);
-    return found;
-}
-
 void* counted_realloc(void* old_block, std::size_t bytes) {
     // A block taken before the hooks stays uncounted, also when it moves.
-    const bool was_counted = old_block == nullptr || is_counted(old_block);
+    AcquireSRWLockShared(&g_table.lock);
+    const bool counted = old_block == nullptr || *link_of(old_block) != nullptr;
+    ReleaseSRWLockShared(&g_table.lock);
     void* block = g_table.realloc(old_block, bytes);
     if (block == nullptr && bytes != 0) return nullptr; // the old block stays as it was
-    if (was_counted) {
+    if (counted) {
         remove_block(old_block);
         add_block(block, bytes);
     }
@@ -250,21 +195,23 @@ void counted_free(void* block) {
     g_table.free(block);
 }
 
-struct Hook {
-    const char* name;
-    void* replacement;
-    void** original;
-};
-
 } // namespace
 
 CrtAllocationMeter::CrtAllocationMeter(HMODULE module) {
-    g_table.entries = static_cast<Entry*>(
-        VirtualAlloc(nullptr, kTableEntries * sizeof(Entry), MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE));
+    const std::size_t table_bytes = kBuckets * sizeof(Node*) + kNodes * sizeof(Node);
+    g_table.buckets = static_cast<Node**>(VirtualAlloc(nullptr, table_bytes, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE));
     g_table.blocks = g_table.bytes = g_table.taken = 0;
-    g_table.overflowed = g_table.entries == nullptr;
-    if (g_table.entries == nullptr) return;
-    const Hook hooks[] = {
+    g_table.overflowed = g_table.buckets == nullptr;
+    HMODULE runtime = GetModuleHandleW(L"msvcrt.dll");
+    if (g_table.buckets == nullptr || runtime == nullptr) return;
+    auto* nodes = reinterpret_cast<Node*>(g_table.buckets + kBuckets);
+    g_table.spare = nullptr;
+    for (std::size_t i = 0; i < kNodes; ++i) nodes[i].next = std::exchange(g_table.spare, &nodes[i]);
+    const struct {
+        const char* name;
+        void* replacement;
+        void** original;
+    } hooks[] = {
         {"malloc", reinterpret_cast<void*>(&counted_malloc), reinterpret_cast<void**>(&g_table.malloc)},
         {"calloc", reinterpret_cast<void*>(&counted_calloc), reinterpret_cast<void**>(&g_table.calloc)},
         {"realloc", reinterpret_cast<void*>(&counted_realloc), reinterpret_cast<void**>(&g_table.realloc)},
@@ -272,13 +219,10 @@ CrtAllocationMeter::CrtAllocationMeter(HMODULE module) {
         {"free", reinterpret_cast<void*>(&counted_free), reinterpret_cast<void**>(&g_table.free)},
     };
     // The originals first, so that no hook runs before every one of them is known.
-    HMODULE runtime = GetModuleHandleW(L"msvcrt.dll");
-    if (runtime == nullptr) return;
-    for (const Hook& hook : hooks) *hook.original = reinterpret_cast<void*>(GetProcAddress(runtime, hook.name));
-
+    for (const auto& hook : hooks) *hook.original = reinterpret_cast<void*>(GetProcAddress(runtime, hook.name));
     auto* base = reinterpret_cast<std::byte*>(module);
-    const auto* dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
-    const auto* nt = reinterpret_cast<const IMAGE_NT_HEADERS*>(base + dos->e_lfanew);
+    const auto* nt =
+        reinterpret_cast<const IMAGE_NT_HEADERS*>(base + reinterpret_cast<IMAGE_DOS_HEADER*>(base)->e_lfanew);
     const IMAGE_DATA_DIRECTORY& directory = nt->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
     if (directory.VirtualAddress == 0) return;
     for (auto* import = reinterpret_cast<const IMAGE_IMPORT_DESCRIPTOR*>(base + directory.VirtualAddress);
@@ -288,15 +232,13 @@ CrtAllocationMeter::CrtAllocationMeter(HMODULE module) {
         auto* addresses = reinterpret_cast<IMAGE_THUNK_DATA*>(base + import->FirstThunk);
         for (; names->u1.AddressOfData != 0; ++names, ++addresses) {
             if (IMAGE_SNAP_BY_ORDINAL(names->u1.Ordinal)) continue;
-            const auto* by_name = reinterpret_cast<const IMAGE_IMPORT_BY_NAME*>(base + names->u1.AddressOfData);
-            const char* name = reinterpret_cast<const char*>(by_name->Name);
-            for (const Hook& hook : hooks) {
+            const char* name = reinterpret_cast<const IMAGE_IMPORT_BY_NAME*>(base + names->u1.AddressOfData)->Name;
+            for (const auto& hook : hooks) {
                 if (std::strcmp(name, hook.name) != 0 || *hook.original == nullptr) continue;
                 void** address = reinterpret_cast<void**>(&addresses->u1.Function);
                 DWORD old = 0;
                 VirtualProtect(address, sizeof(void*), PAGE_READWRITE, &old);
-                slots_.push_back({address, *address, hook.name});
-                *address = hook.replacement;
+                slots_.push_back({address, std::exchange(*address, hook.replacement)});
                 VirtualProtect(address, sizeof(void*), old, &old);
             }
         }
@@ -311,8 +253,8 @@ CrtAllocationMeter::~CrtAllocationMeter() {
         VirtualProtect(slot.address, sizeof(void*), old, &old);
     }
     // Every block went through the runtime's own allocator, so the table can simply go.
-    if (g_table.entries != nullptr) VirtualFree(g_table.entries, 0, MEM_RELEASE);
-    g_table.entries = nullptr;
+    if (g_table.buckets != nullptr) VirtualFree(g_table.buckets, 0, MEM_RELEASE);
+    g_table.buckets = nullptr;
 }
 
 HeapCount CrtAllocationMeter::outstanding() const {
@@ -331,30 +273,16 @@ std::size_t CrtAllocationMeter::taken() const {
 
 bool CrtAllocationMeter::kept_up() const { return !g_table.overflowed; }
 
-void* CrtAllocationMeter::import_named(const char* name) const {
-    for (const Slot& slot : slots_)
-        if (std::strcmp(slot.name, name) == 0) return *slot.address;
-    return nullptr;
-}
-
 namespace {
 
+// Errors (severity 3: access violation, stack overflow, heap corruption ...), also the ones the
+// process would survive, are noted; the others (C++ exceptions, debug output) are not.
 LONG CALLBACK report_crash(EXCEPTION_POINTERS* exception) {
-    switch (exception->ExceptionRecord->ExceptionCode) {
-    case EXCEPTION_ACCESS_VIOLATION:
-    case EXCEPTION_STACK_OVERFLOW:
-    case EXCEPTION_ILLEGAL_INSTRUCTION:
-    case EXCEPTION_ARRAY_BOUNDS_EXCEEDED:
-    case EXCEPTION_INT_DIVIDE_BY_ZERO:
-    case STATUS_HEAP_CORRUPTION:
-    case STATUS_STACK_BUFFER_OVERRUN:
-        std::fprintf(stderr, "\nfatal exception 0x%08lX at %p during: %s\n",
-                     static_cast<unsigned long>(exception->ExceptionRecord->ExceptionCode),
-                     exception->ExceptionRecord->ExceptionAddress, g_current_call);
-        std::fflush(stderr);
-        break;
-    default: break;
-    }
+    const DWORD code = exception->ExceptionRecord->ExceptionCode;
+    if ((code & 0xF0000000u) != 0xC0000000u) return EXCEPTION_CONTINUE_SEARCH;
+    std::fprintf(stderr, "\nfatal exception 0x%08lX at %p during: %s\n", static_cast<unsigned long>(code),
+                 exception->ExceptionRecord->ExceptionAddress, g_current_call);
+    std::fflush(stderr);
     return EXCEPTION_CONTINUE_SEARCH;
 }
 
