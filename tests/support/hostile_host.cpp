@@ -123,6 +123,14 @@ void* counted_realloc(void* old_block, std::size_t bytes) {
     return counted(block, bytes);
 }
 
+// Puts `value` into an import slot, which the loader left read-only.
+void patch(void** slot, void* value) {
+    DWORD old = 0;
+    VirtualProtect(slot, sizeof(void*), PAGE_READWRITE, &old);
+    *slot = value;
+    VirtualProtect(slot, sizeof(void*), old, &old);
+}
+
 } // namespace
 
 CrtAllocationMeter::CrtAllocationMeter(HMODULE module) {
@@ -156,23 +164,15 @@ CrtAllocationMeter::CrtAllocationMeter(HMODULE module) {
             for (const auto& hook : hooks) {
                 if (std::strcmp(name, hook.name) != 0 || *hook.original == nullptr) continue;
                 void** address = reinterpret_cast<void**>(&addresses->u1.Function);
-                slots_.push_back({address, *address});
-                swap(slots_.back(), hook.replacement);
+                slots_.emplace_back(address, *address);
+                patch(address, hook.replacement);
             }
         }
     }
 }
 
-// Puts `value` into an import slot, which the loader left read-only.
-void CrtAllocationMeter::swap(const Slot& slot, void* value) {
-    DWORD old = 0;
-    VirtualProtect(slot.address, sizeof(void*), PAGE_READWRITE, &old);
-    *slot.address = value;
-    VirtualProtect(slot.address, sizeof(void*), old, &old);
-}
-
 CrtAllocationMeter::~CrtAllocationMeter() {
-    for (const Slot& slot : slots_) swap(slot, slot.original);
+    for (const auto& [slot, original] : slots_) patch(slot, original);
 }
 
 HeapCount CrtAllocationMeter::outstanding() const {

@@ -62,12 +62,7 @@ public:
     std::size_t taken() const;     // taken in all
 
 private:
-    struct Slot {
-        void** address;
-        void* original;
-    };
-    static void swap(const Slot& slot, void* value);
-    std::vector<Slot> slots_;
+    std::vector<std::pair<void**, void*>> slots_; // hooked import, original function
 };
 
 class CrashNote {

@@ -388,7 +388,7 @@ std::vector<Export> table(const Pass& p) {
                        copy = runtime_folder() + L"\\" + std::wstring(kCallerKey) + L"-" + p.runtime_name + L".adf",
                        key = std::wstring(kCallerKey) + L'\0', long_adf = path_of_length(p.dir, 261, L".adf");
     const Arg keyboard = {.kind = Kind::keyboard, .null = kInvalid};
-    std::vector<Export> t = {{"DllMain", TRUE, TRUE, {N, V(DLL_THREAD_ATTACH), N}}, {"KQGetPlatformName", 0, 0, {}}};
+    std::vector<Export> t = {{"KQGetPlatformName", 0, 0, {}}, {"DllMain", TRUE, TRUE, {N, V(DLL_THREAD_ATTACH), N}}};
     t.back().vary({{1, V(0xFFFFFFFF)}}, TRUE);
     for (const char* name :
          {"KQ9Editor", "KQEditScreenClip", "KQEditScreenClip2", "KQROMToolbox", "KQOpenKeyboardWindow",
