@@ -1,8 +1,7 @@
-// The data files that CUE sheets name: the forms FILE lines take, the text encodings, and the
-// names that are refused because they would reach outside the sheet's folder.
+// The data files that CUE sheets name: the forms FILE lines take, the text encodings, the names
+// that are refused because they would reach outside the sheet's folder, and sheets read from files.
 
 #include "media/cue_sheet.h"
-#include "tests/support/printable.h"
 #include "tests/support/temp_folder.h"
 
 #include <gtest/gtest.h>
@@ -10,59 +9,40 @@
 namespace kq::media {
 namespace {
 
-std::vector<std::u16string> paths(std::string_view sheet, CueError expected = CueError::none) {
-    std::vector<CueDataFile> files;
-    EXPECT_EQ(read_cue_sheet(sheet, files), expected) << sheet;
-    std::vector<std::u16string> out;
-    for (const CueDataFile& file : files) out.push_back(file.relative_path + u"|" + file.file_name);
-    return out;
-}
-
-using Paths = std::vector<std::u16string>;
-
-TEST(CueSheet, FileLinesInTheirForms) {
+TEST(CueSheet, FileLines) {
+    constexpr CueError kUnsafe = CueError::unsafe_name;
+    // The files as "relative path|file name;" each.
     const struct {
-        const char* what;
         std::string_view sheet;
-        Paths expected;
+        std::u16string_view files;
+        CueError error = CueError::none;
     } cases[] = {
-        {"one quoted file",
-         "FILE \"Disc 1.bin\" BINARY\n  TRACK 01 MODE1/2352\n    INDEX 01 00:00:00\n",
-         {u"Disc 1.bin|Disc 1.bin"}},
-        {"unquoted, CRLF, tabs",
-         "REM comment\r\nFILE\tgame.iso\tBINARY\r\n  TRACK 01 MODE1/2048\r\n",
-         {u"game.iso|game.iso"}},
-        {"several files, audio types",
-         "FILE \"data.bin\" BINARY\nTRACK 01 MODE1/2352\nINDEX 01 00:00:00\nFILE \"track 02.wav\" WAVE\nTRACK 02 "
-         "AUDIO\nINDEX 01 00:00:00\nFILE t3.flac FLAC\n",
-         {u"data.bin|data.bin", u"track 02.wav|track 02.wav", u"t3.flac|t3.flac"}},
-        {"command in lower case, indented", "   file \"x.bin\" MOTOROLA\n", {u"x.bin|x.bin"}},
-        {"subfolders, either separator",
-         "FILE \"images/disc.bin\" BINARY\nFILE sub\\a.bin BINARY\n",
-         {u"images\\disc.bin|disc.bin", u"sub\\a.bin|a.bin"}},
-        {"UTF-8 with a byte-order mark",
-         "\xEF\xBB\xBF\x46ILE \"Sp\xC3\xA4t.bin\" BINARY\n",
-         {u"Sp\u00E4t.bin|Sp\u00E4t.bin"}},
-        {"Latin-1", "FILE \"Sp\xE4t.bin\" BINARY\n", {u"Sp\u00E4t.bin|Sp\u00E4t.bin"}},
-        {"not FILE lines",
-         "FILES x.bin\nTITLE \"FILE y.bin\"\nFILE\nFILE \"unclosed.bin BINARY\nFILE \"\" BINARY\n",
-         {}},
-        {"empty", "", {}},
+        {"FILE \"Disc 1.bin\" BINARY\n  TRACK 01 MODE1/2352\n    INDEX 01 00:00:00\n", u"Disc 1.bin|Disc 1.bin;"},
+        {"REM comment\r\nFILE\tgame.iso\tBINARY\r\n  TRACK 01 MODE1/2048\r\n", u"game.iso|game.iso;"},
+        {"FILE \"data.bin\" BINARY\nTRACK 01 MODE1/2352\nFILE \"track 02.wav\" WAVE\nTRACK 02 AUDIO\nFILE t3.flac FLAC\n",
+         u"data.bin|data.bin;track 02.wav|track 02.wav;t3.flac|t3.flac;"},
+        {"   file \"x.bin\" MOTOROLA\n", u"x.bin|x.bin;"},
+        {"FILE \"images/disc.bin\" BINARY\nFILE sub\\a.bin BINARY\n", u"images\\disc.bin|disc.bin;sub\\a.bin|a.bin;"},
+        {"\xEF\xBB\xBF\x46ILE \"Sp\xC3\xA4t.bin\" BINARY\n", u"Sp\u00E4t.bin|Sp\u00E4t.bin;"}, // UTF-8, with a BOM
+        {"FILE \"Sp\xE4t.bin\" BINARY\n", u"Sp\u00E4t.bin|Sp\u00E4t.bin;"},                    // Latin-1
+        {"FILES x.bin\nTITLE \"FILE y.bin\"\nFILE\nFILE \"unclosed.bin BINARY\nFILE \"\" BINARY\n", u""},
+        {"FILE \"..disc..bin\" BINARY\n", u"..disc..bin|..disc..bin;"},
+        {"FILE \"..\\secret.bin\" BINARY\n", u"", kUnsafe},
+        {"FILE ../secret.bin BINARY\n", u"", kUnsafe},
+        {"FILE \"a/../../b.bin\" BINARY\n", u"", kUnsafe},
+        {"FILE \"C:\\Windows\\x.bin\" BINARY\n", u"", kUnsafe},
+        {"FILE c:x.bin BINARY\n", u"", kUnsafe},
+        {"FILE \"\\\\server\\share\\x.bin\" BINARY\n", u"", kUnsafe},
+        {"FILE /etc/passwd BINARY\n", u"", kUnsafe},
+        {"FILE \"ok.bin\" BINARY\nFILE .. BINARY\n", u"", kUnsafe},
     };
-    for (const auto& c : cases) EXPECT_EQ(paths(c.sheet), c.expected) << c.what;
-}
-
-TEST(CueSheet, NamesOutsideTheFolderAreRefused) {
-    for (const std::string_view sheet :
-         {std::string_view("FILE \"..\\secret.bin\" BINARY\n"), std::string_view("FILE ../secret.bin BINARY\n"),
-          std::string_view("FILE \"a/../../b.bin\" BINARY\n"), std::string_view("FILE \"C:\\Windows\\x.bin\" BINARY\n"),
-          std::string_view("FILE c:x.bin BINARY\n"), std::string_view("FILE \"\\\\server\\share\\x.bin\" BINARY\n"),
-          std::string_view("FILE /etc/passwd BINARY\n"),
-          std::string_view("FILE \"ok.bin\" BINARY\nFILE .. BINARY\n")}) {
-        EXPECT_TRUE(paths(sheet, CueError::unsafe_name).empty()) << sheet;
+    for (const auto& c : cases) {
+        std::vector<CueDataFile> files;
+        EXPECT_EQ(read_cue_sheet(c.sheet, files), c.error) << c.sheet;
+        std::u16string listed;
+        for (const CueDataFile& file : files) listed += file.relative_path + u"|" + file.file_name + u";";
+        EXPECT_EQ(listed, c.files) << c.sheet;
     }
-    // A name that merely contains dots is fine.
-    EXPECT_EQ(paths("FILE \"..disc..bin\" BINARY\n"), Paths{u"..disc..bin|..disc..bin"});
 }
 
 TEST(CueSheet, FromFiles) {
