@@ -35,7 +35,6 @@ bool g_loaded = false;
 FAKE_EXPORT std::int32_t CAPSExit() { return 0; }
 FAKE_EXPORT std::int32_t CAPSAddImage() { return 0; }
 FAKE_EXPORT std::int32_t CAPSRemImage(std::int32_t) {
-    g_adf.clear();
     g_loaded = false;
     return 0;
 }
@@ -48,10 +47,7 @@ FAKE_EXPORT std::int32_t CAPSLockImageMemory(std::int32_t id, std::uint8_t* buff
     return 0;
 }
 FAKE_EXPORT std::int32_t CAPSUnlockImage(std::int32_t) { return 0; }
-FAKE_EXPORT std::int32_t CAPSLoadImage(std::int32_t, std::uint32_t) {
-    g_loaded = !g_adf.empty();
-    return g_loaded ? 0 : -1;
-}
+FAKE_EXPORT std::int32_t CAPSLoadImage(std::int32_t, std::uint32_t) { return (g_loaded = !g_adf.empty()) ? 0 : -1; }
 FAKE_EXPORT std::int32_t CAPSGetImageInfo(caps::ImageInfo* info, std::int32_t) {
     if (!g_loaded) return -1;
     *info = caps::ImageInfo{};
