@@ -18,28 +18,23 @@
 #define FAKE_EXPORT extern "C" __attribute__((visibility("default")))
 #endif
 
+FAKE_EXPORT std::int32_t CAPSInit() { return 0; }
+#ifndef FAKE_WITHOUT_ENTRIES
 namespace {
 
 namespace caps = kq::media::caps;
 
-[[maybe_unused]] constexpr char kSignature[8] = {'F', 'A', 'K', 'E', 'I', 'P', 'F', '\0'};
-[[maybe_unused]] constexpr std::size_t kTrackBytes = 11 * 512;
-
-#ifndef FAKE_WITHOUT_ENTRIES
+constexpr char kSignature[8] = "FAKEIPF";
+constexpr std::size_t kTrackBytes = 11 * 512;
 std::vector<std::byte> g_adf;
-std::map<std::uint32_t, std::vector<std::byte>> g_tracks;
+std::map<std::uint32_t, std::vector<std::byte>> g_tracks; // kept until the next lock of the track
 bool g_loaded = false;
-#endif
 
 } // namespace
 
-FAKE_EXPORT std::int32_t CAPSInit() { return 0; }
-#ifndef FAKE_WITHOUT_ENTRIES
 FAKE_EXPORT std::int32_t CAPSExit() { return 0; }
 FAKE_EXPORT std::int32_t CAPSAddImage() { return 0; }
 FAKE_EXPORT std::int32_t CAPSRemImage(std::int32_t) {
-    g_adf.clear();
-    g_tracks.clear();
     g_loaded = false;
     return 0;
 }
@@ -52,14 +47,10 @@ FAKE_EXPORT std::int32_t CAPSLockImageMemory(std::int32_t id, std::uint8_t* buff
     return 0;
 }
 FAKE_EXPORT std::int32_t CAPSUnlockImage(std::int32_t) { return 0; }
-FAKE_EXPORT std::int32_t CAPSLoadImage(std::int32_t, std::uint32_t) {
-    g_loaded = !g_adf.empty();
-    return g_loaded ? 0 : -1;
-}
+FAKE_EXPORT std::int32_t CAPSLoadImage(std::int32_t, std::uint32_t) { return (g_loaded = !g_adf.empty()) ? 0 : -1; }
 FAKE_EXPORT std::int32_t CAPSGetImageInfo(caps::ImageInfo* info, std::int32_t) {
     if (!g_loaded) return -1;
     *info = caps::ImageInfo{};
-    info->type = 1;
     info->max_cylinder = static_cast<std::uint32_t>(g_adf.size() / (2 * kTrackBytes)) - 1;
     info->max_head = 1;
     return 0;
@@ -74,16 +65,11 @@ FAKE_EXPORT std::int32_t CAPSLockTrack(void* track_info, std::int32_t, std::uint
         number, std::span(g_adf).subspan(number * kTrackBytes, kTrackBytes), number % 11, number * 37);
     std::vector<std::byte>& kept = g_tracks[number];
     kept = raw.bytes;
-    track->cylinder = cylinder;
-    track->head = head;
     track->track_buffer = reinterpret_cast<std::uint8_t*>(kept.data());
     track->track_length = static_cast<std::uint32_t>(kept.size());
     return 0;
 }
 FAKE_EXPORT std::int32_t CAPSUnlockTrack(std::int32_t, std::uint32_t, std::uint32_t) { return 0; }
-FAKE_EXPORT std::int32_t CAPSUnlockAllTracks(std::int32_t) {
-    g_tracks.clear();
-    return 0;
-}
+FAKE_EXPORT std::int32_t CAPSUnlockAllTracks(std::int32_t) { return 0; }
 FAKE_EXPORT const char* CAPSGetPlatformName(std::uint32_t) { return "fake"; }
 #endif

@@ -2,7 +2,6 @@
 // Running the independent tools that native tests use as oracles (gzip, unadf, xdms ...)
 // through the shell.
 
-#include <array>
 #include <cstdio>
 #include <string>
 
@@ -13,13 +12,11 @@ namespace kq::test {
 inline int run_shell(const std::string& command, std::string* output = nullptr) {
     FILE* pipe = popen(("{ " + command + "; } 2>&1").c_str(), "r");
     if (pipe == nullptr) return -1;
-    std::array<char, 4096> buffer{};
     std::string text;
-    for (std::size_t got; (got = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0;)
-        text.append(buffer.data(), got);
-    const int status = pclose(pipe);
+    char buffer[4096];
+    for (std::size_t got; (got = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;) text.append(buffer, got);
     if (output != nullptr) *output = std::move(text);
-    return status;
+    return pclose(pipe);
 }
 
 // Whether the shell finds the program `tool`.
