@@ -15,6 +15,7 @@ usage: kqhost_examples.py ROOT KQHOST_EXE
 import shutil
 import subprocess
 import sys
+import tempfile
 from pathlib import Path
 
 MARKER = "<!-- kqhost examples -->"
@@ -65,6 +66,21 @@ def missing_lines(expected, output):
     return []
 
 
+def run_kqhost(root, kqhost, argv):
+    """Runs kqhost under Wine; returns its exit code, standard output and standard error.
+
+    The output goes through files rather than pipes: Wine's background processes inherit the
+    pipes and hold them open for seconds after the program itself has ended."""
+    with tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as err:
+        code = subprocess.run([str(root / "scripts" / "wine-run.sh"), kqhost, *argv], cwd=root,
+                              stdout=out, stderr=err).returncode
+        texts = []
+        for stream in (out, err):
+            stream.seek(0)
+            texts.append(stream.read().decode(errors="replace").replace("\r\n", "\n").replace("\r", "\n"))
+        return code, texts[0], texts[1]
+
+
 def main():
     root, kqhost = Path(sys.argv[1]), sys.argv[2]
     examples = read_examples(root / "README.md")
@@ -82,15 +98,14 @@ def main():
             arguments = arguments.replace("<COPY>", copy)
         argv = split_arguments(arguments)
         commands.add(argv[0])
-        run = subprocess.run([str(root / "scripts" / "wine-run.sh"), kqhost, *argv], cwd=root,
-                             capture_output=True, text=True, errors="replace")
-        output = run.stdout + run.stderr
-        if argv[:2] == ["runtime", "get"] and run.returncode == 0:
-            copy = run.stdout.replace("\r", "").split("\n")[0]
+        code, stdout, stderr = run_kqhost(root, kqhost, argv)
+        output = stdout + stderr
+        if argv[:2] == ["runtime", "get"] and code == 0:
+            copy = stdout.split("\n")[0]
         missing = missing_lines(expected, output)
-        if run.returncode != 0 or missing:
+        if code != 0 or missing:
             failures += 1
-            print(f"FAILED: kqhost {arguments} (exit code {run.returncode})")
+            print(f"FAILED: kqhost {arguments} (exit code {code})")
             for line in missing:
                 print(f"  missing: {line}")
             print("  output:\n    " + output.replace("\n", "\n    "))
@@ -98,18 +113,16 @@ def main():
             print(f"ok: kqhost {arguments}")
     # A failed command removes the output file that it created.
     (work / "cut.dms").write_bytes((root / "tests" / "data" / "dms" / "rle_small.dms").read_bytes()[:1024])
-    run = subprocess.run([str(root / "scripts" / "wine-run.sh"), kqhost, "undms", r"build\examples\cut.dms",
-                          r"build\examples\cut.adf"], cwd=root, capture_output=True, text=True, errors="replace")
-    if run.returncode == 0 or (work / "cut.adf").exists():
+    code, _, _ = run_kqhost(root, kqhost, ["undms", r"build\examples\cut.dms", r"build\examples\cut.adf"])
+    if code == 0 or (work / "cut.adf").exists():
         failures += 1
         left = "left behind" if (work / "cut.adf").exists() else "removed"
-        print(f"FAILED: kqhost undms of a cut archive: exit code {run.returncode}, output file {left}")
+        print(f"FAILED: kqhost undms of a cut archive: exit code {code}, output file {left}")
     else:
         print("ok: kqhost undms of a cut archive fails and leaves no output file")
     # Every command of the help text has an example.
-    help_text = subprocess.run([str(root / "scripts" / "wine-run.sh"), kqhost, "help"], cwd=root,
-                               capture_output=True, text=True, errors="replace").stdout
-    listed = {line.split()[0] for line in help_text.replace("\r", "").split("\n")
+    help_text = run_kqhost(root, kqhost, ["help"])[1]
+    listed = {line.split()[0] for line in help_text.split("\n")
               if line.startswith("  ") and not line.startswith("      ") and line.strip()}
     for command in sorted(listed - commands):
         failures += 1
