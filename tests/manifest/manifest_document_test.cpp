@@ -145,17 +145,6 @@ TEST_F(ManifestLookup, MediaChildrenAndMatches) {
             << (row.name ? row.name : "-") << " " << (row.attribute ? row.attribute : "-");
 }
 
-TEST(ManifestCatalog, ServesTheCatalogFormWithTheSameLookups) {
-    ManifestDocument catalog;
-    ASSERT_EQ(catalog.load("<xadml><catalog><application><configuration><system>a-500</system>"
-                           "</configuration><media><floppy>a.adf</floppy></media></application></catalog></xadml>"),
-              status::ok);
-    EXPECT_EQ(catalog.application_path(), "xadml/catalog/application");
-    EXPECT_NE(catalog.find_medium(u"a.adf", std::nullopt), nullptr);
-    EXPECT_EQ(catalog.set_fpu(u"68882"), status::ok);
-    EXPECT_NE(catalog.find_peripheral(u"fpu"), nullptr);
-}
-
 std::string saved(const ManifestDocument& document, Encoding encoding, Layout layout = Layout::indented) {
     std::string out;
     EXPECT_EQ(document.save(encoding, &out, layout), status::ok);
