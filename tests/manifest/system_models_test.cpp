@@ -236,6 +236,7 @@ TEST(BootTag, EveryTypesRules) {
         {"aros-latest", "adf", u"Shared\\adf\\aros-latest.adf"}, // no AROS disk there
         {"310", "hdf", u"Shared\\hdf\\workbench-310.hdf"},       // although 310.hdf exists
         {"other", "Hdf", u"Shared\\hdf\\workbench-other.hdf"},
+        {"mydisk", "hdf", u"Shared\\hdf\\mydisk.hdf"}, // an existing image by its own name
         {"3x0", "dir", u"Shared\\dir\\System"},
         {"aros", "DIR", u"Shared\\dir\\AROS"},
         {"3x1", "dir", u""},
