@@ -55,32 +55,22 @@ TEST(UaeConfiguration, ReadsLinesAndSkipsWhatIsNoEntry) {
     EXPECT_EQ(configuration.values(u"HardFile2"), (std::vector<std::u16string_view>{u"a", u"b"}));
 }
 
+std::string shown(const std::optional<std::int32_t>& number) { return number ? std::to_string(*number) : "-"; }
+
+// Each row: a value, then what boolean() gives with the default true and with false, then number().
 TEST(UaeConfiguration, ReadsBooleansAndNumbers) {
-    const struct {
-        const char* value;
-        bool if_absent_true, if_absent_false;
-        std::optional<std::int32_t> number;
-    } rows[] = {
-        {"true", true, true, std::nullopt},
-        {"YES", true, true, std::nullopt},
-        {"1", true, true, 1},
-        {"-3", true, true, -3},
-        {"12mb", true, true, 12},
-        {"false", false, false, std::nullopt},
-        {"No", false, false, std::nullopt},
-        {"0", false, false, 0},
-        {"on", false, false, std::nullopt},
-        {"", true, false, std::nullopt}, // absent: the default
+    const std::pair<const char*, const char*> rows[] = {
+        {"true", "11-"},  {"YES", "11-"}, {"1", "111"}, {"-3", "11-3"}, {"12mb", "1112"},
+        {"false", "00-"}, {"No", "00-"},  {"0", "000"}, {"on", "00-"},  {"", "10-"}, // "": absent, the default
     };
-    for (const auto& row : rows) {
-        const UaeConfiguration configuration = UaeConfiguration::parse(std::string("k=") + row.value);
-        EXPECT_EQ(configuration.boolean(u"k", true), row.if_absent_true) << row.value;
-        EXPECT_EQ(configuration.boolean(u"k", false), row.if_absent_false) << row.value;
-        EXPECT_EQ(configuration.number(u"k"), row.number) << row.value;
+    for (const auto& [value, expected] : rows) {
+        const UaeConfiguration c = UaeConfiguration::parse(std::string("k=") + value);
+        EXPECT_EQ(std::to_string(c.boolean(u"k", true)) + std::to_string(c.boolean(u"k", false)) +
+                      shown(c.number(u"k")),
+                  expected)
+            << value;
     }
 }
-
-std::string shown(const std::optional<std::int32_t>& number) { return number ? std::to_string(*number) : "-"; }
 
 TEST(DriveLines, ReadsHardFileAndFolderLines) {
     const std::pair<std::u16string_view, const char*> hard_files[] = {

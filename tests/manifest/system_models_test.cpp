@@ -50,10 +50,14 @@ TEST(SystemModels, EveryRowIsConsistent) {
                         std::ranges::adjacent_find(choice.sizes) == choice.sizes.end());
             for (const std::uint32_t size : choice.sizes) EXPECT_EQ(size % (256 * K), 0u);
         }
-        // A separate FPU sits beside a 68020 or 68030 only.
+        // A separate FPU sits beside a 68020 or 68030 only; the writer's first switch goes with it, the third
+        // with the flexible Zorro III rule, the second with the third or the tower.
         EXPECT_EQ(d.fpu == u"68882", d.cpu == u"68020" || d.cpu == u"68030");
         EXPECT_TRUE(d.fpu.empty() || d.fpu == u"68882");
-        EXPECT_TRUE(d.agnus_limit == 0 || std::ranges::find(d.chip.sizes, d.agnus_limit) != d.chip.sizes.end());
+        EXPECT_EQ(d.flag1, d.fpu == u"68882");
+        EXPECT_EQ(d.flag3, fill_system_defaults(id, u"68020").z3.default_size != 0);
+        EXPECT_EQ(d.flag2, d.flag3 || id == u"a-4000t");
+        EXPECT_TRUE(d.agnus_limit == 0 || d.agnus_limit == d.chip.default_size);
     }
     EXPECT_EQ(names.size(), std::size(kModelIds)) << "every model has a name of its own";
     EXPECT_EQ(fill_system_defaults(u"a-9000").model->id, u"a-500") << "unknown ids are the a-500 row";
@@ -62,35 +66,30 @@ TEST(SystemModels, EveryRowIsConsistent) {
     EXPECT_EQ(fill_system_defaults(u"A-CD32").model->id, u"a-cd32");
 }
 
-// What the machines shipped with, and the flags that the emulator configuration writer reads.
-TEST(SystemModels, MachinesAsBuilt) {
+// The processors and memory that the machines shipped with.
+TEST(SystemModels, MachinesAsShipped) {
     const struct {
-        std::u16string_view id, display, rom, cpu, fpu;
-        std::uint32_t chip, fast, slow, agnus_limit, flags;
-        Sizes chip_sizes;
+        std::u16string_view id, display, cpu, fpu;
+        std::uint32_t chip, fast, slow;
     } rows[] = {
-        {u"a-500", u"Amiga 500", u"120", u"68000", u"", 512 * K, 0, 0, 512 * K, 0, {512 * K, 1 * M, 2 * M}},
-        {u"a-1200", u"Amiga 1200", u"310-a1200", u"68EC020", u"", 2 * M, 0, 0, 0, 0, {2 * M}},
-        {u"a-2000", u"Amiga 2000", u"130", u"68000", u"", 512 * K, 0, 512 * K, 512 * K, 0, {512 * K, 1 * M, 2 * M}},
-        {u"a-3000", u"Amiga 3000", u"310-a3000", u"68030", u"68882", 1 * M, 1 * M, 0, 0, 1, {1 * M, 1536 * K, 2 * M}},
-        {u"a-600", u"Amiga 600", u"205-a600", u"68000", u"", 1 * M, 0, 0, 0, 0, {1 * M, 1536 * K, 2 * M}},
-        {u"a-4000", u"Amiga 4000", u"310-a4000", u"68040", u"", 2 * M, 4 * M, 0, 0, 0, {2 * M}},
-        {u"a-4000t", u"Amiga 4000T", u"310-a4000t", u"68040", u"", 2 * M, 4 * M, 0, 0, 2, {2 * M}},
-        {u"a-aros", u"AROS", u"aros-latest", u"68020", u"68882", 2 * M, 0, 0, 2 * M, 7, {2 * M, 4 * M, 8 * M}},
-        {u"a-walker", u"Walker", u"320-walker", u"68030", u"68882", 2 * M, 4 * M, 0, 0, 1, {2 * M}},
+        {u"a-500", u"Amiga 500", u"68000", u"", 512 * K, 0, 0},
+        {u"a-600", u"Amiga 600", u"68000", u"", 1 * M, 0, 0},
+        {u"a-1200", u"Amiga 1200", u"68EC020", u"", 2 * M, 0, 0},
+        {u"a-2000", u"Amiga 2000", u"68000", u"", 512 * K, 0, 512 * K},
+        {u"a-3000", u"Amiga 3000", u"68030", u"68882", 1 * M, 1 * M, 0},
+        {u"a-4000", u"Amiga 4000", u"68040", u"", 2 * M, 4 * M, 0},
+        {u"a-4000t", u"Amiga 4000T", u"68040", u"", 2 * M, 4 * M, 0},
+        {u"a-cd32", u"CD\u00B3\u00B2", u"68EC020", u"", 2 * M, 0, 0},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(printable(row.id));
         const SystemDefaults d = fill_system_defaults(row.id);
         EXPECT_EQ(platform::load_string(d.model->display_name, 79), row.display);
-        EXPECT_EQ(std::tuple(d.rom, d.cpu, d.fpu), std::tuple(row.rom, row.cpu, row.fpu));
-        EXPECT_EQ(std::tuple(d.chip.default_size, d.fast.default_size, d.slow.default_size, d.agnus_limit),
-                  std::tuple(row.chip, row.fast, row.slow, row.agnus_limit));
-        EXPECT_EQ(d.flag1 + 2 * d.flag2 + 4 * d.flag3, static_cast<int>(row.flags));
-        EXPECT_EQ(sizes(d.chip), row.chip_sizes);
+        EXPECT_EQ(std::tuple(d.cpu, d.fpu, d.chip.default_size, d.fast.default_size, d.slow.default_size),
+                  std::tuple(row.cpu, row.fpu, row.chip, row.fast, row.slow));
     }
-    EXPECT_EQ(sizes(fill_system_defaults(u"a-500").slow), (Sizes{0, 256 * K, 512 * K}));
-    EXPECT_EQ(sizes(fill_system_defaults(u"a-600").fast), (Sizes{0, 1 * M, 2 * M, 4 * M, 8 * M}));
+    EXPECT_EQ(fill_system_defaults(u"a-500").rom, u"120") << "Kickstart 1.2";
+    EXPECT_EQ(sizes(fill_system_defaults(u"a-1200").chip), Sizes{2 * M}) << "soldered chip memory";
 }
 
 TEST(SystemModels, Z3AndCpuBoardListsFollowCpuAndRom) {
@@ -237,6 +236,7 @@ TEST(BootTag, EveryTypesRules) {
         {"aros-latest", "adf", u"Shared\\adf\\aros-latest.adf"}, // no AROS disk there
         {"310", "hdf", u"Shared\\hdf\\workbench-310.hdf"},       // although 310.hdf exists
         {"other", "Hdf", u"Shared\\hdf\\workbench-other.hdf"},
+        {"mydisk", "hdf", u"Shared\\hdf\\mydisk.hdf"}, // an existing image by its own name
         {"3x0", "dir", u"Shared\\dir\\System"},
         {"aros", "DIR", u"Shared\\dir\\AROS"},
         {"3x1", "dir", u""},

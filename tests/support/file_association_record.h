@@ -64,9 +64,6 @@ inline std::optional<FileAssociationView> read_file_association_record(const KQF
     return view;
 }
 
-// The types by index, each described by content::file_association.
-inline constexpr std::array<std::uint32_t, 10> kEnglishFileAssociations{0, 1, 2, 3, 4, 5, 6, 7, 8, 9};
-
 // The record that the content library describes for type `index` of a module at `module_path`.
 inline FileAssociationView english_view(std::uint32_t index, std::u16string_view module_path) {
     const std::optional<content::FileAssociationTexts> texts = content::file_association(index, module_path);
