@@ -26,6 +26,7 @@
 #include <winspool.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -124,6 +125,17 @@ TEST_F(AmigaDll, OrdinalsAndTheExportTable) {
         })) << expected.name;
     }
     for (unsigned empty : {0u, 6u, 37u, 52u}) EXPECT_EQ(GetProcAddress(module_, MAKEINTRESOURCEA(empty)), nullptr);
+    // The runtimes are linked in: a host needs nothing beside the DLL but Windows itself.
+    const std::set<std::string> system_dlls = {
+        "advapi32.dll", "bcrypt.dll", "comdlg32.dll", "gdi32.dll",  "kernel32.dll", "msvcrt.dll",
+        "ntdll.dll",    "ole32.dll",  "oleaut32.dll", "rpcrt4.dll", "setupapi.dll", "shell32.dll",
+        "shlwapi.dll",  "user32.dll", "version.dll",  "winmm.dll",  "winspool.drv", "ws2_32.dll"};
+    const std::vector<std::string> imports = kqhost::list_imported_dlls(module_);
+    EXPECT_FALSE(imports.empty());
+    for (std::string dll : imports) {
+        std::ranges::transform(dll, dll.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+        EXPECT_TRUE(system_dlls.contains(dll) || dll.starts_with("api-ms-win-")) << "imports " << dll;
+    }
 }
 
 TEST_F(AmigaDll, EveryExportWithGoodArguments) {
