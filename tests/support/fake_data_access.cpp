@@ -45,17 +45,23 @@ struct HeldCall {
 };
 
 #ifdef _WIN32
-// Whether another thread finds the mutex owned: the calling thread owns it recursively.
+// Whether the calling thread owns the mutex, asked of the system rather than by waiting (a wait
+// by the owner always succeeds) or from a thread of our own (starting one inside the call could
+// wait on the loader lock that another caller of the module holds).
 [[maybe_unused]] int mutex_owned_elsewhere() {
-    int owned = -1;
-    std::thread([&] {
-        HANDLE mutex = OpenMutexW(SYNCHRONIZE, FALSE, L"KQlayerDataAccessMx");
-        const DWORD wait = mutex != nullptr ? WaitForSingleObject(mutex, 0) : WAIT_OBJECT_0;
-        if (wait == WAIT_OBJECT_0 || wait == WAIT_ABANDONED) ReleaseMutex(mutex);
-        if (mutex != nullptr) CloseHandle(mutex);
-        owned = wait == WAIT_TIMEOUT ? 1 : 0;
-    }).join();
-    return owned;
+    struct MutantBasicInformation {
+        LONG current_count;
+        BOOLEAN owned_by_caller;
+        BOOLEAN abandoned;
+    } information{};
+    using QueryMutant = LONG(WINAPI*)(HANDLE, int, void*, ULONG, ULONG*);
+    const auto query = reinterpret_cast<QueryMutant>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQueryMutant")));
+    HANDLE mutex = OpenMutexW(SYNCHRONIZE | MUTANT_QUERY_STATE, FALSE, L"KQlayerDataAccessMx");
+    const bool owned = mutex != nullptr && query != nullptr &&
+                       query(mutex, 0, &information, sizeof information, nullptr) >= 0 && information.owned_by_caller;
+    if (mutex != nullptr) CloseHandle(mutex);
+    return owned ? 1 : 0;
 }
 #else
 [[maybe_unused]] int mutex_owned_elsewhere() { return -1; }
